@@ -1,0 +1,74 @@
+#pragma once
+
+#include "ddp/CdTextRecord.h"
+#include "ddp/IDescListProvider.h"
+#include "ddp/IDrawInfoProvider.h"
+#include "ddp/IMetaDataProvider.h"
+#include "ddp/ITrackNumberModel.h"
+#include "ddp/PqEntry.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+// One loaded disc. A fresh model is made for every load and shared by
+// std::shared_ptr (made with std::make_shared): the window, the table
+// delegate, the player and the export each hold a reference, so an old model
+// lives until its last holder lets go.
+//
+// No lock: the GUI thread fills it before anyone else sees it; afterwards the
+// player sets the current row and the playing flag on the GUI thread.
+class DDPModel : public IDrawInfoProvider,
+                 public IDescListProvider,
+                 public Audio::ITrackNumberModel,
+                 public IMetaDataProvider
+{
+public:
+    // IDrawInfoProvider
+    const std::vector<std::uint32_t>& indexList() const override { return m_indexList; }
+    std::int32_t currentRow() const override { return m_currentRow; }
+
+    // IDescListProvider (entries() serves IMetaDataProvider too)
+    const std::vector<PqEntry>& entries() const override { return m_entries; }
+    bool isFirstRowPause() const override; // throws "invalid vector subscript" on an empty list
+    void setFirstTrackNumber(std::uint32_t number) override { m_firstTrackNumber = number; }
+    std::uint32_t firstTrackNumber() const override { return m_firstTrackNumber; }
+    void setPlaying(bool playing) override;
+
+    // Audio::ITrackNumberModel
+    void setCurrentRow(std::int32_t row) override { m_currentRow = row; }
+    void setPlayingListener(std::function<void(bool)> listener) override;
+
+    // IMetaDataProvider
+    const CdTextRecord& cdText() const override { return m_cdText; }
+
+    // Filled by the loader, in this order.
+    void setCdText(const CdTextRecord& record);
+    void setEntries(std::vector<PqEntry> entries) { m_entries = std::move(entries); }
+    void appendIndex(std::uint32_t index) { m_indexList.push_back(index); }
+    void setImageFileName(std::string name) { m_imageFileName = std::move(name); }
+    const std::string& imageFileName() const { return m_imageFileName; }
+    // The UPC/EAN field of the DDPID (13 characters at offset 8), for the
+    // info box when neither CD-Text nor the PQ entries carry one.
+    void setDdpIdUpcEan(std::string code) { m_ddpIdUpcEan = std::move(code); }
+    const std::string& ddpIdUpcEan() const { return m_ddpIdUpcEan; }
+
+    bool hasCdText() const { return !m_cdText.empty(); }
+    bool isDoubleByte() const { return m_doubleByte; }
+    bool isPlaying() const { return m_playing; }
+
+private:
+    // Declaration order matters: destruction releases the listener first,
+    // then the CD-Text, the entries and the index list.
+    std::vector<std::uint32_t> m_indexList;
+    std::vector<PqEntry> m_entries;
+    CdTextRecord m_cdText;
+    bool m_doubleByte = false;
+    std::int32_t m_currentRow = -1;
+    std::uint32_t m_firstTrackNumber = 1;
+    bool m_playing = false;
+    std::function<void(bool)> m_listener;
+    std::string m_imageFileName;
+    std::string m_ddpIdUpcEan;
+};

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Builds Tivora and runs every test from a fresh Debian machine:
+#   1. installs the packages (tools/install-deps.sh),
+#   2. builds with warnings as errors,
+#   3. runs the CTest suite against a private PulseAudio null sink and Xvfb,
+#   4. builds the audio tests again with ThreadSanitizer and runs them,
+#   5. fuzzes the DDP loader for about a minute.
+# Set TIVORA_SKIP_DEPS=1 to skip step 1, TIVORA_QUICK=1 to skip steps 4 and 5.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+ROOT=$PWD
+JOBS=$(nproc)
+
+if [ "${TIVORA_SKIP_DEPS:-0}" != 1 ]; then
+    tools/install-deps.sh
+fi
+
+cmake -S . -B build -DTIVORA_WERROR=ON
+cmake --build build -j"$JOBS"
+
+source tools/test-env.sh
+start_test_env
+ctest --test-dir build --output-on-failure -j"$JOBS"
+stop_test_env
+
+if [ "${TIVORA_QUICK:-0}" != 1 ]; then
+    "$ROOT/tools/run-tsan.sh"
+    "$ROOT/tools/run-fuzz.sh"
+fi
+echo "All tests passed."

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QStringList>
+
+// Each command takes the arguments after its name and returns the exit
+// status: 0 success, 1 failure, 2 usage error.
+int runInfo(const QStringList& args);
+int runPlay(const QStringList& args);
+int runExport(const QStringList& args);

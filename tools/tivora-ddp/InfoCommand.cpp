@@ -1,0 +1,9 @@
+#include "tools/tivora-ddp/Commands.h"
+
+#include <cstdio>
+
+int runInfo(const QStringList&)
+{
+    std::fputs("not implemented yet\n", stderr);
+    return 2;
+}
