@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QRegularExpression>
-#include <QTextDocumentFragment>
 
 namespace {
 
