@@ -13,7 +13,8 @@ struct CdTextRecord
     static constexpr std::size_t kSlotSize = 160;
     using Slot = std::array<char, kSlotSize>;
 
-    enum SlotIndex : std::size_t {
+    enum SlotIndex : std::size_t
+    {
         Title = 0,      // pack 0x80
         Performer = 1,  // 0x81
         Songwriter = 2, // 0x82

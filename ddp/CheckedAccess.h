@@ -13,8 +13,7 @@ inline constexpr const char* kInvalidMapKey = "invalid map<K, T> key";
 inline constexpr const char* kInvalidVectorSubscript = "invalid vector subscript";
 inline constexpr const char* kInvalidStoiArgument = "invalid stoi argument";
 
-template <typename Vector>
-decltype(auto) checkedAt(Vector& v, std::size_t i)
+template <typename Vector> decltype(auto) checkedAt(Vector& v, std::size_t i)
 {
     if (i >= v.size())
         throw std::out_of_range(kInvalidVectorSubscript);
@@ -22,16 +21,14 @@ decltype(auto) checkedAt(Vector& v, std::size_t i)
 }
 
 // Signed index: a negative one is out of range as well.
-template <typename Vector>
-decltype(auto) checkedAt(Vector& v, long long i)
+template <typename Vector> decltype(auto) checkedAt(Vector& v, long long i)
 {
     if (i < 0 || static_cast<unsigned long long>(i) >= v.size())
         throw std::out_of_range(kInvalidVectorSubscript);
     return v[static_cast<std::size_t>(i)];
 }
 
-template <typename Map, typename Key>
-decltype(auto) checkedMapAt(Map& m, const Key& key)
+template <typename Map, typename Key> decltype(auto) checkedMapAt(Map& m, const Key& key)
 {
     auto it = m.find(key);
     if (it == m.end())

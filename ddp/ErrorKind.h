@@ -6,7 +6,8 @@
 
 // Every failure the user can see ends in exactly one of these kinds. The values
 // are fixed: the error dialog switches on them and `tivora-ddp` prints them.
-enum class ErrorKind : std::uint32_t {
+enum class ErrorKind : std::uint32_t
+{
     SampleRateNotRecommended = 0,
     SampleRateNotCompatible = 1,
     ChannelConfigurationNotCompatible = 2,
@@ -31,7 +32,8 @@ struct LoadResult
 };
 
 // The answer of DdpImageReader::read: the first file that could not be read.
-enum class ReadResult : std::uint32_t {
+enum class ReadResult : std::uint32_t
+{
     DdpidUnreadable = 0,
     DdpmsUnreadable = 1,
     PqDescriptorUnreadable = 2,

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+#include <string>
+
+// DDPs made on case-insensitive file systems name their files in whatever
+// case the mastering tool liked ("IMAGE.DAT" in the map, "image.dat" on disc).
+// The exact name is looked for first, then a case-insensitive match among the
+// folder's entries. Returns the path to use: the exact path when nothing
+// matches (opening it then fails as it should). Unicode folder paths are fine.
+QString resolveDdpFile(const QString& folder, const QString& name);
+
+// A file name taken from the map stream as the file system sees it: the
+// bytes up to the first zero byte, decoded as a local file name.
+QString ddpFileNameFromBytes(const std::string& name);
