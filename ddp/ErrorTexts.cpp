@@ -5,7 +5,10 @@
 
 namespace {
 
-QString tr(const char* text) { return QCoreApplication::translate("ErrorDialog", text); }
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("ErrorDialog", text);
+}
 
 // The list ends in "</ul" without ">": that is how the text has always read.
 const char* const kProper =
@@ -108,8 +111,7 @@ QString plainErrorText(ErrorKind kind, const std::string& message)
 {
     // Line breaks and list items become new lines; the rest of the markup goes.
     QString html = errorText(kind, message);
-    html.replace(QRegularExpression(QStringLiteral("<br\\s*/?>|</br>|<li>")),
-                 QStringLiteral("\n"));
+    html.replace(QRegularExpression(QStringLiteral("<br\\s*/?>|</br>|<li>")), QStringLiteral("\n"));
     html.replace(QRegularExpression(QStringLiteral("<[^>]*>?")), QString());
     html.replace(QRegularExpression(QStringLiteral("\n{3,}")), QStringLiteral("\n\n"));
     return html.trimmed();

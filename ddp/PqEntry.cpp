@@ -8,17 +8,36 @@
 PqEntry PqEntry::fromBytes(std::string_view data)
 {
     PqEntry entry;
-    std::memcpy(entry.bytes.data(), data.data(), std::min(data.size(), kSize));
+    if (!data.empty())
+        std::memcpy(entry.bytes.data(), data.data(), std::min(data.size(), kSize));
     return entry;
 }
 
-int PqEntry::trackNumber() const { return checkedStoi(field(4, 2)); }
-int PqEntry::indexNumber() const { return checkedStoi(field(6, 2)); }
-int PqEntry::minutes() const { return checkedStoi(field(10, 2)); }
-int PqEntry::seconds() const { return checkedStoi(field(12, 2)); }
-int PqEntry::frames() const { return checkedStoi(field(14, 2)); }
+int PqEntry::trackNumber() const
+{
+    return checkedStoi(field(4, 2));
+}
+int PqEntry::indexNumber() const
+{
+    return checkedStoi(field(6, 2));
+}
+int PqEntry::minutes() const
+{
+    return checkedStoi(field(10, 2));
+}
+int PqEntry::seconds() const
+{
+    return checkedStoi(field(12, 2));
+}
+int PqEntry::frames() const
+{
+    return checkedStoi(field(14, 2));
+}
 
-int PqEntry::wholeSeconds() const { return minutes() * 60 + seconds(); }
+int PqEntry::wholeSeconds() const
+{
+    return minutes() * 60 + seconds();
+}
 
 double PqEntry::bytePosition() const
 {

@@ -1,0 +1,110 @@
+#include "ddp/DdpImageReader.h"
+
+#include "ddp/DdpFileSource.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view kDdpidTag = "DDP ";
+constexpr std::string_view kMapTag = "VVVM";
+constexpr std::string_view kPqTag = "VVVS";
+constexpr std::string_view kAudioStream = "D0";
+constexpr std::string_view kPqSubcode = "PQ DESCR";
+constexpr std::string_view kCdTextSubcode = "CDTEXT  ";
+
+bool startsWith(std::string_view data, std::string_view tag)
+{
+    return data.size() >= tag.size() && data.substr(0, tag.size()) == tag;
+}
+
+bool isWhiteSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+std::string trimTrailingWhiteSpace(std::string_view text)
+{
+    std::size_t end = text.size();
+    while (end > 0 && isWhiteSpace(text[end - 1]))
+        --end;
+    return std::string(text.substr(0, end));
+}
+
+} // namespace
+
+bool DdpImageReader::parseMap(std::string_view data, std::vector<MapPacket>& map)
+{
+    if (!startsWith(data, kMapTag))
+        return false;
+    // Packets that do not start with the tag are skipped; a short last packet
+    // is kept zero-filled behind its end.
+    for (std::size_t offset = 0; offset < data.size(); offset += MapPacket::kSize) {
+        const MapPacket packet = MapPacket::fromBytes(data.substr(offset, MapPacket::kSize));
+        if (packet.tag() == kMapTag)
+            map.push_back(packet);
+    }
+    return true;
+}
+
+std::vector<PqEntry> DdpImageReader::parsePqEntries(std::string_view data)
+{
+    std::vector<PqEntry> entries;
+    entries.reserve((data.size() + PqEntry::kSize - 1) / PqEntry::kSize);
+    for (std::size_t offset = 0; offset < data.size(); offset += PqEntry::kSize)
+        entries.push_back(PqEntry::fromBytes(data.substr(offset, PqEntry::kSize)));
+    return entries;
+}
+
+ReadResult DdpImageReader::read(const QString& folder)
+{
+    return read(FolderFileSource(folder));
+}
+
+ReadResult DdpImageReader::read(const IDdpFileSource& source)
+{
+    const std::optional<std::string> ddpid = source.readFileHead("DDPID", DdpIdRecord::kSize);
+    if (!ddpid || !startsWith(*ddpid, kDdpidTag))
+        return ReadResult::DdpidUnreadable;
+    m_id = DdpIdRecord::fromBytes(*ddpid);
+
+    const std::optional<std::string> ddpms = source.readFile("DDPMS");
+    if (!ddpms || !parseMap(*ddpms, m_map))
+        return ReadResult::DdpmsUnreadable;
+
+    const std::optional<std::string> pq = source.readFile(pqFileName());
+    if (!pq || !startsWith(*pq, kPqTag))
+        return ReadResult::PqDescriptorUnreadable;
+    m_pqEntries = parsePqEntries(*pq);
+    return ReadResult::Success;
+}
+
+std::string DdpImageReader::imageFileName() const
+{
+    for (const MapPacket& packet : m_map) {
+        if (packet.dataStreamType() == kAudioStream)
+            return trimTrailingWhiteSpace(packet.dataStreamIdentifier());
+    }
+    return std::string();
+}
+
+std::string DdpImageReader::pqFileName() const
+{
+    for (const MapPacket& packet : m_map) {
+        if (packet.subcodeDescriptor() == kPqSubcode)
+            return trimTrailingWhiteSpace(packet.dataStreamIdentifier());
+    }
+    return std::string();
+}
+
+std::string DdpImageReader::cdTextFileName() const
+{
+    for (const MapPacket& packet : m_map) {
+        if (packet.subcodeDescriptor() == kCdTextSubcode) {
+            std::string name(packet.dataStreamIdentifier());
+            name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+            return name;
+        }
+    }
+    return std::string();
+}

@@ -1,0 +1,135 @@
+#include "ddp/DdpLoader.h"
+
+#include "ddp/CdTextReader.h"
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileSource.h"
+#include "ddp/DdpImageReader.h"
+#include "ddp/TrackTable.h"
+
+#include <QStandardItemModel>
+
+#include <exception>
+#include <optional>
+
+QStringList trackTableHeaderNames()
+{
+    return {QStringLiteral("Type"),      QStringLiteral("Track"),      QStringLiteral("Index"),
+            QStringLiteral("CD-Time"),   QStringLiteral("Duration"),   QStringLiteral("Title"),
+            QStringLiteral("Performer"), QStringLiteral("Songwriter"), QStringLiteral("Composer"),
+            QStringLiteral("Arranger"),  QStringLiteral("Message"),    QStringLiteral("ISRC"),
+            QStringLiteral("Usertext")};
+}
+
+namespace {
+
+void resetTable(QStandardItemModel* table)
+{
+    table->setRowCount(0);
+    table->setColumnCount(TrackTableRows::kColumnCount);
+    table->setHorizontalHeaderLabels(trackTableHeaderNames());
+}
+
+void fillTable(QStandardItemModel* table, const TrackTableRows& rows)
+{
+    // Items are made only for cells that have a value.
+    for (const TrackTableRows::Row& row : rows.rows) {
+        QList<QStandardItem*> items;
+        items.reserve(TrackTableRows::kColumnCount);
+        for (const std::optional<QString>& cell : row)
+            items.append(cell ? new QStandardItem(*cell) : nullptr);
+        table->appendRow(items);
+    }
+}
+
+LoadResult failure(ErrorKind kind, std::string message = {})
+{
+    return LoadResult{kind, std::move(message)};
+}
+
+// Everything a successful load hands over, built before anything is handed
+// over, so that a failure leaves the table and the model untouched.
+struct LoadedDisc
+{
+    std::optional<CdTextRecord> cdText;
+    std::vector<PqEntry> entries;
+    TrackTableRows rows;
+    std::string imageName;
+    std::string ddpIdUpcEan;
+};
+
+LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames* names)
+{
+    DdpImageReader reader;
+    const ReadResult read = reader.read(source);
+    if (names) {
+        names->image = reader.imageFileName();
+        names->pq = reader.pqFileName();
+        names->cdText = reader.cdTextFileName();
+    }
+    if (read != ReadResult::Success)
+        return failure(errorKindForReadResult(read));
+
+    try {
+        disc.cdText = CdTextReader::read(source, reader.cdTextFileName());
+    } catch (const std::exception& e) {
+        return failure(ErrorKind::UnknownError, e.what());
+    }
+
+    try {
+        disc.entries = reader.pqEntries();
+        correctIsrcs(disc.entries);
+        disc.rows = buildTrackTableRows(disc.entries, disc.cdText ? &*disc.cdText : nullptr);
+    } catch (const std::exception& e) {
+        return failure(ErrorKind::PqdescrInvalid, e.what());
+    }
+
+    disc.imageName = reader.imageFileName();
+    if (disc.imageName.empty() || !source.exists(disc.imageName))
+        return failure(ErrorKind::ImageMissing);
+    disc.ddpIdUpcEan = std::string(reader.idRecord().upcEan());
+    return failure(ErrorKind::NoError);
+}
+
+} // namespace
+
+LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPModel& model,
+                   DdpFileNames* names)
+{
+    if (!table)
+        return failure(ErrorKind::UnknownError);
+    resetTable(table);
+
+    LoadedDisc disc;
+    LoadResult result;
+    try {
+        result = loadDisc(source, disc, names);
+    } catch (const std::exception& e) {
+        result = failure(ErrorKind::UnknownError, e.what());
+    } catch (...) {
+        result = failure(ErrorKind::UnknownError);
+    }
+    if (result.kind != ErrorKind::NoError)
+        return result;
+
+    try {
+        if (disc.cdText)
+            model.setCdText(*disc.cdText);
+        model.setEntries(std::move(disc.entries));
+        for (std::uint32_t index : disc.rows.indexList)
+            model.appendIndex(index);
+        model.setImageFileName(std::move(disc.imageName));
+        model.setDdpIdUpcEan(std::move(disc.ddpIdUpcEan));
+        fillTable(table, disc.rows);
+    } catch (const std::exception& e) {
+        // Only running out of memory gets here.
+        resetTable(table);
+        return failure(ErrorKind::UnknownError, e.what());
+    }
+    return result;
+}
+
+LoadResult loadDdp(const QString& folder, QStandardItemModel* table, DDPModel& model,
+                   DdpFileNames* names)
+{
+    return loadDdp(FolderFileSource(folder), table, model, names);
+}
