@@ -1,0 +1,166 @@
+#include "tools/tivora-ddp/InfoReport.h"
+
+#include "ddp/CdTextStrings.h"
+#include "ddp/DdpFileLookup.h"
+#include "ddp/DdpFolderCheck.h"
+#include "ddp/ErrorTexts.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStandardItemModel>
+
+#include <algorithm>
+
+InfoReport makeInfoReport(const QString& path)
+{
+    InfoReport report;
+    report.table = std::make_shared<QStandardItemModel>();
+    report.table->setHorizontalHeaderLabels(trackTableHeaderNames());
+    report.model = std::make_shared<DDPModel>();
+
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        report.result.kind = ErrorKind::InvalidPath;
+        return report;
+    }
+    report.folder = ddpFolderForDroppedPath(path);
+    report.result.kind = openDialogCheck(report.folder);
+    if (report.result.kind != ErrorKind::NoError)
+        return report;
+    report.result = loadDdp(report.folder, report.table.get(), *report.model, &report.files);
+    return report;
+}
+
+namespace {
+
+QJsonValue cellValue(const QStandardItemModel& table, int row, int column)
+{
+    const QStandardItem* item = table.item(row, column);
+    return item ? QJsonValue(item->text()) : QJsonValue(QJsonValue::Null);
+}
+
+QJsonValue cdTextJson(const DDPModel& model)
+{
+    if (!model.hasCdText())
+        return QJsonValue(QJsonValue::Null);
+    const CdTextRecord& record = model.cdText();
+    QJsonArray tracks;
+    for (const CdTextRecord::TrackTexts& texts : record.tracks) {
+        auto text = [&](CdTextRecord::SlotIndex slot) { return cdTextString(record, texts[slot]); };
+        tracks.append(QJsonObject{
+            {QStringLiteral("title"), text(CdTextRecord::Title)},
+            {QStringLiteral("performer"), text(CdTextRecord::Performer)},
+            {QStringLiteral("songwriter"), text(CdTextRecord::Songwriter)},
+            {QStringLiteral("composer"), text(CdTextRecord::Composer)},
+            {QStringLiteral("arranger"), text(CdTextRecord::Arranger)},
+            {QStringLiteral("message"), text(CdTextRecord::Message)},
+            {QStringLiteral("code"), text(CdTextRecord::Code)},
+        });
+    }
+    return QJsonObject{
+        {QStringLiteral("doubleByte"), record.doubleByte},
+        {QStringLiteral("genre"), QString::fromStdString(record.genre)},
+        {QStringLiteral("album"), cdTextString(record, record.album)},
+        {QStringLiteral("tracks"), tracks},
+    };
+}
+
+} // namespace
+
+QByteArray infoReportJson(const InfoReport& report)
+{
+    const QStandardItemModel& table = *report.table;
+    QJsonArray rows;
+    for (int r = 0; r < table.rowCount(); ++r) {
+        QJsonArray cells;
+        for (int c = 0; c < table.columnCount(); ++c)
+            cells.append(cellValue(table, r, c));
+        rows.append(cells);
+    }
+    QJsonArray indexList;
+    for (std::uint32_t index : report.model->indexList())
+        indexList.append(static_cast<qint64>(index));
+
+    const QJsonObject object{
+        {QStringLiteral("kind"), static_cast<int>(report.result.kind)},
+        {QStringLiteral("title"), errorTitle(report.result.kind)},
+        {QStringLiteral("message"), QString::fromStdString(report.result.message)},
+        {QStringLiteral("files"),
+         QJsonObject{
+             {QStringLiteral("image"), ddpFileNameFromBytes(report.files.image)},
+             {QStringLiteral("pq"), ddpFileNameFromBytes(report.files.pq)},
+             {QStringLiteral("cdText"), ddpFileNameFromBytes(report.files.cdText)},
+         }},
+        {QStringLiteral("columns"), QJsonArray::fromStringList(trackTableHeaderNames())},
+        {QStringLiteral("rows"), rows},
+        {QStringLiteral("indexList"), indexList},
+        {QStringLiteral("cdText"), cdTextJson(*report.model)},
+    };
+    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+}
+
+QByteArray infoReportText(const InfoReport& report)
+{
+    QString out;
+    if (!report.folder.isEmpty())
+        out += QStringLiteral("DDP: %1\n").arg(report.folder);
+    if (report.result.kind != ErrorKind::NoError) {
+        out += QStringLiteral("Error %1: %2\n")
+                   .arg(static_cast<int>(report.result.kind))
+                   .arg(errorTitle(report.result.kind));
+        out += plainErrorText(report.result.kind) + QLatin1Char('\n');
+        if (!report.result.message.empty())
+            out +=
+                QStringLiteral("Message: %1\n").arg(QString::fromStdString(report.result.message));
+        return out.toUtf8();
+    }
+
+    const DDPModel& model = *report.model;
+    out += QStringLiteral("Image: %1\n").arg(ddpFileNameFromBytes(report.files.image));
+    if (model.hasCdText()) {
+        const CdTextRecord& record = model.cdText();
+        const QString album = cdTextString(record, 0, CdTextRecord::Title);
+        const QString performer = cdTextString(record, 0, CdTextRecord::Performer);
+        out += QStringLiteral("Album: %1%2\n")
+                   .arg(album, performer.isEmpty() ? QString() : QStringLiteral(" / ") + performer);
+        if (!record.genre.empty())
+            out += QStringLiteral("Genre: %1\n").arg(QString::fromStdString(record.genre));
+    }
+    const QString upc = QString::fromLatin1(model.ddpIdUpcEan().c_str()).trimmed();
+    if (!upc.isEmpty())
+        out += QStringLiteral("UPC/EAN: %1\n").arg(upc);
+    out += QLatin1Char('\n');
+
+    // Only the columns that hold something, each as wide as its longest cell.
+    const QStandardItemModel& table = *report.table;
+    const QStringList names = trackTableHeaderNames();
+    QList<int> columns;
+    QList<int> widths;
+    for (int c = 0; c < table.columnCount(); ++c) {
+        int width = 0;
+        for (int r = 0; r < table.rowCount(); ++r) {
+            if (const QStandardItem* item = table.item(r, c))
+                width = std::max(width, static_cast<int>(item->text().size()));
+        }
+        if (width > 0) {
+            columns.append(c);
+            widths.append(std::max(width, static_cast<int>(names.at(c).size())));
+        }
+    }
+    auto line = [&](auto cellText) {
+        QString text;
+        for (int i = 0; i < columns.size(); ++i)
+            text += cellText(columns.at(i)).leftJustified(widths.at(i) + 2);
+        out += text.trimmed() + QLatin1Char('\n');
+    };
+    line([&](int c) { return names.at(c); });
+    for (int r = 0; r < table.rowCount(); ++r) {
+        line([&](int c) {
+            const QStandardItem* item = table.item(r, c);
+            return item ? item->text() : QString();
+        });
+    }
+    return out.toUtf8();
+}
