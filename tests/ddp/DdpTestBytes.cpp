@@ -61,7 +61,8 @@ std::string pqDescriptor(const std::vector<Entry>& entries)
 std::vector<Entry> simpleEntries(int leadInGap, const std::vector<int>& trackSeconds)
 {
     std::vector<Entry> entries;
-    entries.push_back({"01", 0, 0, 0, 0});
+    entries.push_back({"00", 0, 0, 0, 0}); // the lead-in
+    entries.push_back({"01", 0, 0, 0, 0}); // the pause before track 1
     int t = leadInGap;
     for (std::size_t i = 0; i < trackSeconds.size(); ++i) {
         entries.push_back({twoDigits(static_cast<int>(i) + 1), 1, t / 60, t % 60, 0});

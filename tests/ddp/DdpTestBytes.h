@@ -41,8 +41,9 @@ struct Entry
 std::string pqEntry(const Entry& e);
 std::string pqDescriptor(const std::vector<Entry>& entries);
 
-// A plain disc: lead-in pause entry 01/00 at 0 with the given gap, then each
-// track's index 1 at the running time, then lead-out "AA" 01 and 00.
+// A plain disc as mastering tools write it: a lead-in entry 00/00, the pause
+// 01/00 at 00:00 lasting leadInGap seconds, each track's index 01 at the
+// running time, then the lead-out entries "AA" 01 and "AA" 00.
 std::vector<Entry> simpleEntries(int leadInGap, const std::vector<int>& trackSeconds);
 
 // One raw 18-byte pack (CRC zero).

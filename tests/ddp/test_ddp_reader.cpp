@@ -29,7 +29,7 @@ private slots:
         DdpImageReader reader;
         QCOMPARE(reader.read(sound()), ReadResult::Success);
         QCOMPARE(reader.mapPackets().size(), std::size_t{2});
-        QCOMPARE(reader.pqEntries().size(), std::size_t{5});
+        QCOMPARE(reader.pqEntries().size(), std::size_t{6});
         QCOMPARE(reader.imageFileName(), std::string("IMAGE.DAT"));
         QCOMPARE(reader.pqFileName(), std::string("PQDESCR"));
         QCOMPARE(reader.cdTextFileName(), std::string());
