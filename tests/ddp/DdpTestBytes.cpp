@@ -136,16 +136,42 @@ std::string cdTextBlock(const Block& block)
     return out + size;
 }
 
-MemoryFileSource memoryDisc(const std::vector<Entry>& entries, const std::string& cdText)
+Files discFiles(const std::vector<Entry>& entries, const std::string& cdText)
+{
+    Files files;
+    files["DDPID"] = ddpid();
+    files["DDPMS"] = ddpms("IMAGE.DAT", "PQDESCR", cdText.empty() ? "" : "CDTEXT.BIN");
+    files["PQDESCR"] = pqDescriptor(entries);
+    files["IMAGE.DAT"] = std::string();
+    if (!cdText.empty())
+        files["CDTEXT.BIN"] = cdText;
+    return files;
+}
+
+MemoryFileSource memorySource(const Files& files)
 {
     MemoryFileSource source;
-    source.setFile("DDPID", ddpid());
-    source.setFile("DDPMS", ddpms("IMAGE.DAT", "PQDESCR", cdText.empty() ? "" : "CDTEXT.BIN"));
-    source.setFile("PQDESCR", pqDescriptor(entries));
-    source.setFile("IMAGE.DAT", std::string());
-    if (!cdText.empty())
-        source.setFile("CDTEXT.BIN", cdText);
+    for (const auto& [name, content] : files)
+        source.setFile(name, content);
     return source;
+}
+
+MemoryFileSource memoryDisc(const std::vector<Entry>& entries, const std::string& cdText)
+{
+    return memorySource(discFiles(entries, cdText));
+}
+
+bool writeFolder(const std::string& folder, const Files& files)
+{
+    for (const auto& [name, content] : files) {
+        std::FILE* f = std::fopen((folder + "/" + name).c_str(), "wb");
+        if (!f)
+            return false;
+        const bool ok = std::fwrite(content.data(), 1, content.size(), f) == content.size();
+        if (std::fclose(f) != 0 || !ok)
+            return false;
+    }
+    return true;
 }
 
 } // namespace testbytes

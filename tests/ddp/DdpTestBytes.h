@@ -69,6 +69,11 @@ struct Block
 std::string cdTextBlock(const Block& block);
 
 // DDPID, DDPMS, PQDESCR and an empty IMAGE.DAT (and CDTEXT.BIN when given).
+using Files = std::map<std::string, std::string>;
+Files discFiles(const std::vector<Entry>& entries, const std::string& cdText = {});
 MemoryFileSource memoryDisc(const std::vector<Entry>& entries, const std::string& cdText = {});
+MemoryFileSource memorySource(const Files& files);
+// Writes the files into an existing folder; false on any failure.
+bool writeFolder(const std::string& folder, const Files& files);
 
 } // namespace testbytes
