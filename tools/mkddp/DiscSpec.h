@@ -1,0 +1,116 @@
+#pragma once
+
+#include "tools/mkddp/Fault.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+#include <optional>
+
+namespace mkddp {
+
+// CD frames: 75 a second, 2352 image bytes (588 stereo sample frames) each.
+constexpr int kFramesPerSecond = 75;
+constexpr int kBytesPerCdFrame = 2352;
+constexpr int kSamplesPerCdFrame = 588;
+constexpr int kBytesPerSecond = 176400;
+constexpr int cdFrames(int seconds)
+{
+    return seconds * kFramesPerSecond;
+}
+constexpr int cdFrames(int minutes, int seconds, int frames)
+{
+    return (minutes * 60 + seconds) * kFramesPerSecond + frames;
+}
+
+// The seven CD-Text strings of the album (record 0) or of one track. Given as
+// Unicode; written as Latin-1 in a single-byte block and as code page 932 in
+// a double-byte one. `code` is the UPC/EAN for the album, the ISRC for a track.
+struct CdTextStrings
+{
+    QString title;
+    QString performer;
+    QString songwriter;
+    QString composer;
+    QString arranger;
+    QString message;
+    QString code;
+
+    bool isEmpty() const;
+};
+
+struct TrackSpec
+{
+    int frames = cdFrames(10); // length from index 01 to the next track (CD frames)
+    int pauseFrames = 0;       // index 00 before index 01 (CD frames); 0 = no index 00 entry
+    QVector<int> indexOffsets; // index 02, 03, ...: CD frames after index 01, ascending
+    QByteArray isrc;           // 12 characters, blank padded; written into every entry of
+                               // the track
+    std::optional<QByteArray> pauseIsrc; // ISRC of the index 00 entry when it differs
+    QByteArray userText;                 // 19 characters, blank padded; index 01 entry only
+    CdTextStrings text;
+
+    double seconds() const { return frames / double(kFramesPerSecond); }
+    double pauseSeconds() const { return pauseFrames / double(kFramesPerSecond); }
+};
+
+enum class AudioContent
+{
+    TestPattern, // see TestPattern.h: every byte is predictable
+    DemoMusic,   // chords with envelopes, for listening
+    Silence,
+};
+
+// A whole disc. The PQ descriptor holds, in order: a lead-in entry (track
+// "00", index 00, at 00:00:00, carrying the UPC/EAN), then per track its
+// index 00 (when pauseFrames > 0), 01 and the extra indexes, then the
+// lead-out entries (track "AA", index 01 then 00, both at the end time).
+// The audio image starts with the first track's pause.
+struct DiscSpec
+{
+    QVector<TrackSpec> tracks;
+    int firstTrackNumber = 1;
+    bool leadInEntry = true;
+    int leadOutEntries = 2;              // "AA" 01, "AA" 00 (0 to 2)
+    int pqHours = 0;                     // written into the hours field of every entry
+    QByteArray upcEan = "0000000000000"; // 13 digits: DDPID offset 8 and the lead-in entry
+
+    // CD-Text (first block); written only when `cdText` is set.
+    bool cdText = false;
+    bool doubleByte = false; // code page 932, double-zero terminated strings
+    CdTextStrings album;     // album.code is usually the UPC/EAN
+    int genre = 0;           // 0 = no genre pack; written as is (1..27 are known codes)
+    QByteArray genreText;    // supplementary genre text, ASCII, up to 9 bytes
+    int languageCode = 0x09; // English; 0x69 Japanese
+    // A second language block (single-byte, German): [0] album, [k] track k.
+    QVector<CdTextStrings> secondBlock;
+
+    // File names as written in the DDPMS (17 bytes at offset 74).
+    QByteArray imageName = "IMAGE.DAT";
+    QByteArray pqName = "PQDESCR";
+    QByteArray cdTextName = "CDTEXT.BIN"; // may hold inner blanks ("CD TEXT.BIN"): the
+                                          // file on disk is named without them
+    bool lowerCaseOnDisk = false;         // every file, DDPID and DDPMS too, in lower case
+    bool zeroPadNames = false;            // pad the DDPMS names with zero bytes, not blanks
+
+    AudioContent content = AudioContent::TestPattern;
+    QVector<Fault> faults;
+
+    bool has(Fault fault) const { return faults.contains(fault); }
+    int lastTrackNumber() const { return firstTrackNumber + tracks.size() - 1; }
+};
+
+// A plain disc: `trackCount` tracks of `seconds` each, a 2 s first pause.
+DiscSpec simpleDisc(int trackCount, int seconds);
+// Seven tracks with pauses before some, a 2 s first pause, an index 02,
+// ISRCs, user text, single-byte CD-Text with genre 8 ("Dance") and a UPC/EAN.
+DiscSpec realisticDisc();
+// The bundled demo: four short pieces of music, CD-Text, a 2 s first pause
+// and one index 02.
+DiscSpec demoDisc();
+// Like simpleDisc but with long tracks summing to `minutes` (74 gives a
+// full 783 MB image).
+DiscSpec longDisc(int minutes);
+
+} // namespace mkddp

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <optional>
+
+namespace mkddp {
+
+// A deliberate defect in a generated disc. Each one reaches one answer of the
+// loader (see `expectedKind`), so a test can ask for a broken folder by name
+// instead of committing a broken binary.
+enum class Fault
+{
+    NoDdpid,               // the DDPID file is not written
+    NoDdpms,               // the DDPMS file is not written
+    DdpidBadTag,           // DDPID starts "DDQ " instead of "DDP "
+    DdpmsEmpty,            // DDPMS is 0 bytes
+    DdpmsBadFirstTag,      // the first packet starts "VVVX" (later ones are sound)
+    DdpmsGarbagePackets,   // two 128-byte packets of garbage after the first packet
+    DdpmsShortLastPacket,  // the last packet is cut to 100 bytes (its name survives)
+    NoPqPacket,            // no "PQ DESCR" packet in the map
+    NoPqFile,              // the PQ descriptor file is not written
+    PqBadTag,              // the first PQ entry starts "VVVX"
+    PqNotANumber,          // minutes "ab" in the first track's index 01 entry
+    PqTruncatedLast,       // the last PQ entry is cut to 40 bytes (times survive)
+    NoImagePacket,         // no "D0" packet in the map
+    NoImageFile,           // the image file is not written
+    NoCdTextFile,          // the CD-Text packet is in the map, its file is not written
+    CdTextEmptyFile,       // the CD-Text file is 0 bytes
+    CdTextBadGenre,        // a genre pack with code 28 (outside 1..27)
+    CdTextLastTrackTooLow, // the size information's last track is one below the PQ's
+    CdTextExtraTrack,      // strings for one track beyond the last one (dropped by readers)
+    CdTextBadDoubleByte,   // track 1's title is not valid code page 932 (double-byte discs)
+};
+
+// Command-line names: "no-ddpid", "ddpms-bad-first-tag", ...
+QString faultName(Fault fault);
+std::optional<Fault> faultFromName(const QString& name);
+QVector<Fault> allFaults();
+QStringList allFaultNames();
+
+// The loader's ErrorKind number for a disc that is otherwise sound, as
+// `tivora-ddp info` reports it: 5 and 6 no DDP, 7 image missing, 8 DDPID
+// invalid, 9 DDPMS invalid, 10 PQ descriptor invalid, 11 CD-Text failure,
+// 12 loaded. PqTruncatedLast and the CdText* faults other than BadGenre and
+// LastTrackTooLow load (12); so do the DDPMS garbage and short-packet faults.
+// CdTextLastTrackTooLow needs a disc with CD-Text; CdTextBadDoubleByte a
+// double-byte one.
+int expectedKind(Fault fault);
+
+} // namespace mkddp
