@@ -1,9 +1,158 @@
+// tivora-ddp export PATH OUTDIR [--track N]: the window's WAV export from the
+// command line, with the same workers and file names. Without --track every
+// track is written as "Export as WAV" writes them; with it, the track whose
+// number is N.
 #include "tools/tivora-ddp/Commands.h"
+#include "tools/tivora-ddp/ExportProgressLine.h"
+#include "tools/tivora-ddp/InfoReport.h"
+
+#include "ddp/DdpFileLookup.h"
+#include "ddp/ErrorTexts.h"
+#include "export/ExportFileName.h"
+#include "export/FileWriterAllTracks.h"
+#include "export/FileWriterOneTrack.h"
+#include "export/TrackRange.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 #include <cstdio>
+#include <exception>
+#include <memory>
+#include <optional>
 
-int runExport(const QStringList&)
+namespace {
+
+int usage()
 {
-    std::fputs("not implemented yet\n", stderr);
+    std::fputs("usage: tivora-ddp export PATH OUTDIR [--track N]\n", stderr);
     return 2;
+}
+
+int fail(const QString& message)
+{
+    const QByteArray text = QStringLiteral("tivora-ddp export: %1\n").arg(message).toLocal8Bit();
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
+    return 1;
+}
+
+struct Arguments
+{
+    QString path;
+    QString outDir;
+    std::optional<int> track;
+};
+
+std::optional<Arguments> parse(const QStringList& args)
+{
+    Arguments parsed;
+    QStringList positional;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == QLatin1String("--track")) {
+            bool ok = false;
+            const int number = i + 1 < args.size() ? args[i + 1].toInt(&ok) : 0;
+            if (!ok || parsed.track)
+                return std::nullopt;
+            parsed.track = number;
+            ++i;
+        } else if (args[i].startsWith(QLatin1String("--"))) {
+            return std::nullopt;
+        } else {
+            positional.append(args[i]);
+        }
+    }
+    if (positional.size() != 2)
+        return std::nullopt;
+    parsed.path = positional[0];
+    parsed.outDir = positional[1];
+    return parsed;
+}
+
+// The index-1 entry of track `number`, if the disc has one.
+std::optional<std::size_t> trackEntry(const DDPModel& model, int number)
+{
+    for (std::size_t entry : exportedTrackEntries(model)) {
+        try {
+            if (model.entries()[entry].trackNumber() == number)
+                return entry;
+        } catch (const std::exception&) {
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int runExport(const QStringList& args)
+{
+    const std::optional<Arguments> arguments = parse(args);
+    if (!arguments)
+        return usage();
+
+    const InfoReport report = makeInfoReport(arguments->path);
+    if (report.result.kind != ErrorKind::NoError)
+        return fail(plainErrorText(report.result.kind, report.result.message));
+    DDPModel& model = *report.model;
+    // The same first track as the player's load: the entry list's offset of
+    // the first table row.
+    try {
+        model.setFirstTrackNumber(model.isFirstRowPause() ? 1 : 2);
+    } catch (const std::exception&) {
+        return fail(QStringLiteral("The DDP has no tracks."));
+    }
+
+    const QString image =
+        resolveDdpFile(report.folder, QString::fromStdString(model.imageFileName()));
+    if (!QFileInfo::exists(image))
+        return fail(QStringLiteral("The audio image \"%1\" is missing.").arg(image));
+    const QString outDir = QFileInfo(arguments->outDir).absoluteFilePath();
+    if (!QDir().mkpath(outDir))
+        return fail(QStringLiteral("Could not create the folder \"%1\".").arg(outDir));
+
+    std::unique_ptr<FileWriter> worker;
+    ExportProgressLine progress(stderr);
+    int ordinal = 1;
+    int count = 1;
+    if (arguments->track) {
+        const std::optional<std::size_t> entry = trackEntry(model, *arguments->track);
+        if (!entry)
+            return fail(QStringLiteral("The DDP has no track %1.").arg(*arguments->track));
+        TrackRange range;
+        try {
+            range = trackRange(model.entries(), *entry);
+        } catch (const std::exception& e) {
+            return fail(QStringLiteral("The end of track %1 is not in the PQ descriptor (%2).")
+                            .arg(*arguments->track)
+                            .arg(QString::fromStdString(e.what())));
+        }
+        const QString output = QDir(outDir).filePath(defaultFileName(model, *entry));
+        worker = std::make_unique<FileWriterOneTrack>(output, image, range.start, range.end);
+    } else {
+        auto all = std::make_unique<FileWriterAllTracks>(outDir, image, report.model);
+        QObject::connect(all.get(), &FileWriterAllTracks::trackStarted, [&](int o, int c) {
+            ordinal = o;
+            count = c;
+        });
+        worker = std::move(all);
+    }
+
+    // The worker runs right here on the main thread, so its signals arrive
+    // at once.
+    QString failure;
+    QObject::connect(worker.get(), &FileWriter::fileStarted, [&](const QString& path) {
+        progress.setFile(QFileInfo(path).fileName(), ordinal, count);
+    });
+    QObject::connect(worker.get(), &FileWriter::processed,
+                     [&progress](qint64 value) { progress.setValue(value); });
+    QObject::connect(worker.get(), &FileWriter::fileWritten, [&progress](const QString& path) {
+        progress.finish();
+        const QByteArray line = QDir::toNativeSeparators(path).toLocal8Bit() + '\n';
+        std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
+        std::fflush(stdout);
+    });
+    QObject::connect(worker.get(), &FileWriter::failed,
+                     [&failure](const QString& message) { failure = message; });
+    worker->process();
+    progress.finish();
+    return failure.isEmpty() ? 0 : fail(failure);
 }

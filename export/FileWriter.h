@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QFile>
+#include <QObject>
+#include <QString>
+
+// The base of the export workers. A worker is made on the GUI thread, moved to
+// the exporter's worker thread and run there by `process()`; it has no widgets
+// and talks back only through its signals, which reach the GUI thread queued.
+// The command line runs the same workers directly on its main thread.
+//
+// Every field is written by the constructor on the GUI thread before the move
+// and afterwards read and written only by the thread that runs `process()`.
+class FileWriter : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Bytes moved per read and per write call.
+    static constexpr qint64 kPieceSize = 8388608;
+
+    FileWriter(QString outputPath, QString imagePath, qint64 start, qint64 end,
+               QObject* parent = nullptr);
+
+signals:
+    // A value on the two-phase scale: 0 to 10000 while reading the range,
+    // 10000 to 20000 while writing it (the final short piece of each phase is
+    // not counted, so a phase ends a little below its mark).
+    void processed(qint64 value);
+    // Every file was written and closed.
+    void finished();
+    // The export stopped; the file it was writing is already removed. Sent
+    // instead of `finished`.
+    void failed(const QString& message);
+    // Around each file, for whoever lists the files (the command line does).
+    void fileStarted(const QString& path);
+    void fileWritten(const QString& path);
+
+public slots:
+    virtual void process() = 0;
+
+protected:
+    // Reads the image bytes [start, end) into memory and writes them behind a
+    // WAV header to the output path. Returns an empty string on success, else
+    // the message for the user, with the partial file removed.
+    QString copyRange();
+
+    QString m_outputPath;
+    QString m_imagePath;
+    qint64 m_start = 0;
+    qint64 m_end = 0;
+    qint64 m_bytesProcessed = 0;
+
+private:
+    void reportProgress(qint64 length);
+    QString writeFailure(QFile& out);
+};

@@ -1,0 +1,53 @@
+#include "export/FileWriterAllTracks.h"
+
+#include "ddp/DDPModel.h"
+#include "export/ExportFileName.h"
+#include "export/TrackRange.h"
+
+#include <QDir>
+#include <QThread>
+
+#include <exception>
+
+FileWriterAllTracks::FileWriterAllTracks(QString outputFolder, QString imagePath,
+                                         std::shared_ptr<DDPModel> model, QObject* parent)
+    : FileWriter(QString(), std::move(imagePath), 0, 0, parent),
+      m_outputFolder(std::move(outputFolder)), m_model(std::move(model))
+{}
+
+void FileWriterAllTracks::process()
+{
+    Q_ASSERT(QThread::currentThread() == thread());
+    const QString message = exportAll();
+    if (message.isEmpty())
+        emit finished();
+    else
+        emit failed(message);
+}
+
+QString FileWriterAllTracks::exportAll()
+{
+    if (!m_model)
+        return tr("No DDP is loaded.");
+    // The lead-out's entries are never among these: the list stops before the
+    // last two entries.
+    const std::vector<std::size_t> tracks = exportedTrackEntries(*m_model);
+    const QDir folder(m_outputFolder);
+    for (std::size_t n = 0; n < tracks.size(); ++n) {
+        emit trackStarted(static_cast<int>(n) + 1, static_cast<int>(tracks.size()));
+        m_bytesProcessed = 0;
+        m_outputPath = folder.filePath(defaultFileName(*m_model, tracks[n]));
+        try {
+            const TrackRange range = trackRange(m_model->entries(), tracks[n]);
+            m_start = range.start;
+            m_end = range.end;
+        } catch (const std::exception& e) {
+            return tr("The end of the track for \"%1\" is not in the PQ descriptor (%2).")
+                .arg(m_outputPath, QString::fromStdString(e.what()));
+        }
+        const QString message = copyRange();
+        if (!message.isEmpty())
+            return message;
+    }
+    return {};
+}
