@@ -13,6 +13,6 @@ $SUDO apt-get install -y --no-install-recommends \
   libgtest-dev libbenchmark-dev \
   clang libclang-rt-14-dev \
   pulseaudio pulseaudio-utils \
-  xvfb xauth x11-apps imagemagick \
+  xvfb xauth x11-apps xdotool imagemagick \
   fonts-liberation \
   python3 time
