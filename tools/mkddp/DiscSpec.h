@@ -80,6 +80,7 @@ struct DiscSpec
     bool cdText = false;
     bool doubleByte = false; // code page 932, double-zero terminated strings
     CdTextStrings album;     // album.code is usually the UPC/EAN
+    QString discId;          // disc identification (pack type 0x86); none when empty
     int genre = 0;           // 0 = no genre pack; written as is (1..27 are known codes)
     QByteArray genreText;    // supplementary genre text, ASCII, up to 9 bytes
     int languageCode = 0x09; // English; 0x69 Japanese

@@ -1,0 +1,75 @@
+// The DDPID and DDPMS files, in the DDP 2.00 record layouts.
+#include "tools/mkddp/Bytes.h"
+#include "tools/mkddp/DiscFiles.h"
+#include "tools/mkddp/Expected.h"
+
+namespace mkddp {
+
+namespace {
+
+constexpr int kRecordSize = 128;
+
+QByteArray mapPacket(const QByteArray& streamType, const QByteArray& subcode,
+                     const QByteArray& name, qint64 length, bool zeroPad)
+{
+    QByteArray p(kRecordSize, ' ');
+    putField(p, 0, 4, "VVVM");
+    putField(p, 4, 2, streamType);
+    putField(p, 6, 8, digits(0, 8));       // data stream pointer
+    putField(p, 14, 8, digits(length, 8)); // data stream length
+    putField(p, 22, 8, digits(0, 8));      // data stream start
+    putField(p, 30, 8, subcode);
+    putField(p, 38, 2, streamType == "D0" ? QByteArray("DA") : QByteArray()); // CD mode
+    putField(p, 40, 1, "0");                                                  // source storage mode
+    putField(p, 41, 1, "0");                                                  // scrambled
+    putField(p, 42, 4, digits(0, 4));                                         // pre-gap 1
+    putField(p, 46, 4, digits(0, 4));                                         // pre-gap 2
+    putField(p, 50, 4, digits(0, 4));                                         // post-gap
+    putField(p, 54, 1, "0");                                                  // media number
+    putField(p, 55, 2, digits(0, 2));                                         // track
+    putField(p, 57, 2, digits(0, 2));                                         // index
+    putField(p, 71, 3, digits(qMin(name.size(), 17), 3));                     // identifier size
+    putField(p, 74, 17, name, zeroPad ? '\0' : ' ');
+    return p;
+}
+
+} // namespace
+
+QByteArray ddpidBytes(const DiscSpec& spec)
+{
+    QByteArray id(kRecordSize, ' ');
+    putField(id, 0, 8, spec.has(Fault::DdpidBadTag) ? "DDQ 2.00" : "DDP 2.00");
+    putField(id, 8, 13, spec.upcEan);
+    putField(id, 38, 48, "TIVORA TEST DISC"); // master identifier
+    putField(id, 87, 2, "DA");                // CD-DA
+    putField(id, 89, 4, "1010");              // sides, side, layers, layer
+    putField(id, 93, 1, "I");                 // direction: inside out
+    return id;
+}
+
+QByteArray ddpmsBytes(const DiscSpec& spec)
+{
+    if (spec.has(Fault::DdpmsEmpty))
+        return {};
+    const bool zeroPad = spec.zeroPadNames;
+    QByteArray ms;
+    if (!spec.has(Fault::NoImagePacket))
+        ms += mapPacket("D0", "", spec.imageName, imageSize(spec) / kBytesPerCdFrame, zeroPad);
+    if (spec.has(Fault::DdpmsGarbagePackets)) {
+        QByteArray garbage(2 * kRecordSize, '\xA5');
+        putField(garbage, 0, 4, "GARB");
+        putField(garbage, kRecordSize, 4, "VVVm");
+        ms += garbage;
+    }
+    if (!spec.has(Fault::NoPqPacket))
+        ms += mapPacket("S0", "PQ DESCR", spec.pqName, pqBytes(spec).size(), zeroPad);
+    if (spec.cdText)
+        ms += mapPacket("S0", "CDTEXT  ", spec.cdTextName, cdTextBytes(spec).size(), zeroPad);
+    if (spec.has(Fault::DdpmsBadFirstTag) && !ms.isEmpty())
+        putField(ms, 0, 4, "VVVX");
+    if (spec.has(Fault::DdpmsShortLastPacket) && ms.size() >= kRecordSize)
+        ms.chop(kRecordSize - 100);
+    return ms;
+}
+
+} // namespace mkddp

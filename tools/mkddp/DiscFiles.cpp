@@ -1,0 +1,136 @@
+#include "tools/mkddp/DiscFiles.h"
+
+#include "tools/mkddp/DemoMusic.h"
+#include "tools/mkddp/Expected.h"
+#include "tools/mkddp/TestPattern.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <functional>
+
+namespace mkddp {
+
+namespace {
+
+QString diskName(const DiscSpec& spec, const QByteArray& name)
+{
+    // The file system sees a zero-padded name up to its first zero byte.
+    QString text = QString::fromLatin1(name.left(17)).section(QChar(0), 0, 0).trimmed();
+    return spec.lowerCaseOnDisk ? text.toLower() : text;
+}
+
+QString fixedName(const DiscSpec& spec, const char* name)
+{
+    const QString text = QString::fromLatin1(name);
+    return spec.lowerCaseOnDisk ? text.toLower() : text;
+}
+
+using AudioFill = std::function<void(qint64 offset, char* out, qint64 length)>;
+
+AudioFill audioFill(const DiscSpec& spec)
+{
+    switch (spec.content) {
+    case AudioContent::TestPattern: {
+        auto pattern = std::make_shared<TestPattern>(spec);
+        return [pattern](qint64 offset, char* out, qint64 length) {
+            pattern->fill(offset, out, length);
+        };
+    }
+    case AudioContent::DemoMusic: {
+        auto music = std::make_shared<DemoMusic>(spec);
+        return
+            [music](qint64 offset, char* out, qint64 length) { music->fill(offset, out, length); };
+    }
+    case AudioContent::Silence:
+        break;
+    }
+    return [](qint64, char* out, qint64 length) { std::fill(out, out + length, '\0'); };
+}
+
+} // namespace
+
+QString imageFileName(const DiscSpec& spec)
+{
+    return diskName(spec, spec.imageName);
+}
+
+QString pqFileName(const DiscSpec& spec)
+{
+    return diskName(spec, spec.pqName);
+}
+
+QString cdTextFileName(const DiscSpec& spec)
+{
+    QByteArray name = spec.cdTextName;
+    name.replace(' ', QByteArray());
+    return diskName(spec, name);
+}
+
+DiscFiles buildFiles(const DiscSpec& spec, bool withImage)
+{
+    DiscFiles files;
+    if (!spec.has(Fault::NoDdpid))
+        files[fixedName(spec, "DDPID")] = ddpidBytes(spec);
+    if (!spec.has(Fault::NoDdpms))
+        files[fixedName(spec, "DDPMS")] = ddpmsBytes(spec);
+    if (!spec.has(Fault::NoPqFile))
+        files[pqFileName(spec)] = pqBytes(spec);
+    if (spec.cdText && !spec.has(Fault::NoCdTextFile))
+        files[cdTextFileName(spec)] =
+            spec.has(Fault::CdTextEmptyFile) ? QByteArray() : cdTextBytes(spec);
+    if (withImage && !spec.has(Fault::NoImageFile)) {
+        const qint64 size = imageSize(spec);
+        QByteArray image(int(size), '\0');
+        audioFill(spec)(0, image.data(), size);
+        files[imageFileName(spec)] = image;
+    }
+    return files;
+}
+
+bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error)
+{
+    auto fail = [error](const QString& why) {
+        if (error)
+            *error = why;
+        return false;
+    };
+    if (!QDir().mkpath(folder))
+        return fail(QStringLiteral("cannot create %1").arg(folder));
+    const QDir dir(folder);
+
+    // A file that a fault leaves out must not survive from an earlier run.
+    const QString names[] = {fixedName(spec, "DDPID"), fixedName(spec, "DDPMS"), pqFileName(spec),
+                             cdTextFileName(spec), imageFileName(spec)};
+    for (const QString& name : names) {
+        if (!name.isEmpty() && dir.exists(name))
+            QFile::remove(dir.filePath(name));
+    }
+
+    const DiscFiles files = buildFiles(spec, false);
+    for (const auto& [name, bytes] : files) {
+        QFile file(dir.filePath(name));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+            file.write(bytes) != bytes.size())
+            return fail(QStringLiteral("cannot write %1").arg(file.fileName()));
+    }
+    if (spec.has(Fault::NoImageFile))
+        return true;
+
+    QFile image(dir.filePath(imageFileName(spec)));
+    if (!image.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
+    const AudioFill fill = audioFill(spec);
+    const qint64 size = imageSize(spec);
+    constexpr qint64 kChunk = 1 << 20; // a multiple of 4: chunks hold whole sample frames
+    QByteArray chunk(int(kChunk), '\0');
+    for (qint64 offset = 0; offset < size; offset += kChunk) {
+        const qint64 length = std::min(kChunk, size - offset);
+        fill(offset, chunk.data(), length);
+        if (image.write(chunk.constData(), length) != length)
+            return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
+    }
+    return true;
+}
+
+} // namespace mkddp

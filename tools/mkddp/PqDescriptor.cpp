@@ -1,0 +1,56 @@
+// The PQ descriptor: one 64-byte "VVVS" entry per track and index start.
+#include "tools/mkddp/Bytes.h"
+#include "tools/mkddp/DiscFiles.h"
+#include "tools/mkddp/Expected.h"
+
+namespace mkddp {
+
+namespace {
+
+constexpr int kEntrySize = 64;
+
+QByteArray entryIsrc(const DiscSpec& spec, const LayoutEntry& e)
+{
+    if (e.trackNumber == 0)
+        return {};
+    const TrackSpec& track = spec.tracks.at(e.trackNumber - spec.firstTrackNumber);
+    if (e.index == 0 && track.pauseIsrc)
+        return *track.pauseIsrc;
+    return track.isrc;
+}
+
+} // namespace
+
+QByteArray pqBytes(const DiscSpec& spec)
+{
+    const QVector<LayoutEntry> layout = pqLayout(spec);
+    QByteArray pq;
+    bool brokeNumber = false;
+    for (int i = 0; i < layout.size(); ++i) {
+        const LayoutEntry& e = layout.at(i);
+        QByteArray entry(kEntrySize, ' ');
+        putField(entry, 0, 4, i == 0 && spec.has(Fault::PqBadTag) ? "VVVX" : "VVVS");
+        putField(entry, 4, 2, e.track);
+        putField(entry, 6, 2, digits(e.index, 2));
+        putField(entry, 8, 2, digits(spec.pqHours, 2));
+        putField(entry, 10, 2, digits(e.minutes(), 2));
+        putField(entry, 12, 2, digits(e.seconds(), 2));
+        putField(entry, 14, 2, digits(e.frames(), 2));
+        putField(entry, 16, 4, "0100"); // control bytes: audio, ADR 1
+        putField(entry, 20, 12, entryIsrc(spec, e));
+        if (e.track == "00")
+            putField(entry, 32, 13, spec.upcEan);
+        if (e.index == 1 && e.trackNumber > 0)
+            putField(entry, 45, 19, spec.tracks.at(e.trackNumber - spec.firstTrackNumber).userText);
+        if (spec.has(Fault::PqNotANumber) && !brokeNumber && e.index == 1 && e.trackNumber > 0) {
+            putField(entry, 10, 2, "ab");
+            brokeNumber = true;
+        }
+        pq += entry;
+    }
+    if (spec.has(Fault::PqTruncatedLast) && !pq.isEmpty())
+        pq.chop(kEntrySize - 40);
+    return pq;
+}
+
+} // namespace mkddp

@@ -1,0 +1,210 @@
+// tivora-mkddp: writes DDP folders for testing and the bundled demo disc.
+#include "tools/mkddp/Mkddp.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QStringList>
+
+#include <cstdio>
+
+namespace {
+
+const char kUsage[] = R"(Usage:
+  tivora-mkddp demo DIR            the demo disc: four short pieces, CD-Text
+  tivora-mkddp test DIR [options]  a test disc with the test pattern
+  tivora-mkddp --help
+
+Options of "test":
+  --tracks N            number of tracks (default 3)
+  --seconds S           length of each track in seconds (default 10)
+  --minutes M           a long disc of M minutes in four-minute tracks
+  --realistic           the realistic disc (7 tracks, pauses, index 02, CD-Text)
+  --first-pause-frames F  pause before track 1 in CD frames (default 150)
+  --pause-frames F      pause before every later track (default 0)
+  --index2 F            an index 02 in every track, F frames after index 01
+  --cdtext              write CD-Text
+  --double-byte         CD-Text in code page 932 (Japanese sample titles)
+  --second-block        a second CD-Text language block
+  --genre CODE          genre code (written as given; 1..27 are known)
+  --upc DIGITS          UPC/EAN (13 digits)
+  --hours H             hours field of every PQ entry
+  --lower-case          all file names in lower case on disk
+  --zero-pad            names in the DDPMS padded with zero bytes
+  --cdtext-name NAME    CD-Text name as written in the DDPMS ("CD TEXT.BIN")
+  --image-name NAME     image name (default IMAGE.DAT)
+  --pq-name NAME        PQ descriptor name (default PQDESCR)
+  --silence             silent audio instead of the test pattern
+  --fault NAME          inject a fault (repeatable); names:
+)";
+
+void usage(FILE* out)
+{
+    std::fputs(kUsage, out);
+    for (const QString& name : mkddp::allFaultNames())
+        std::fprintf(out, "                          %s\n", qPrintable(name));
+}
+
+int fail(const QString& message)
+{
+    std::fprintf(stderr, "tivora-mkddp: %s\n", qPrintable(message));
+    return 2;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QStringList args = QCoreApplication::arguments().mid(1);
+    if (args.isEmpty() || args.contains(QStringLiteral("--help")) ||
+        args.contains(QStringLiteral("-h"))) {
+        usage(args.isEmpty() ? stderr : stdout);
+        return args.isEmpty() ? 2 : 0;
+    }
+    const QString command = args.takeFirst();
+    if (args.isEmpty())
+        return fail(QStringLiteral("missing DIR"));
+    const QString dir = args.takeFirst();
+
+    mkddp::DiscSpec spec;
+    if (command == QLatin1String("demo")) {
+        if (!args.isEmpty())
+            return fail(QStringLiteral("demo takes no options"));
+        spec = mkddp::demoDisc();
+    } else if (command == QLatin1String("test")) {
+        int tracks = 3, seconds = 10, minutes = 0, firstPause = 150, pause = 0, index2 = 0;
+        bool realistic = false;
+        mkddp::DiscSpec opts; // collects the flags applied at the end
+        QVector<mkddp::Fault> faults;
+        for (int i = 0; i < args.size(); ++i) {
+            const QString& a = args.at(i);
+            auto value = [&](QString* out) {
+                if (i + 1 >= args.size())
+                    return false;
+                *out = args.at(++i);
+                return true;
+            };
+            auto number = [&](int* out) {
+                QString text;
+                bool ok = false;
+                if (value(&text))
+                    *out = text.toInt(&ok);
+                return ok;
+            };
+            QString text;
+            bool ok = true;
+            if (a == QLatin1String("--tracks"))
+                ok = number(&tracks) && tracks >= 0 && tracks <= 99;
+            else if (a == QLatin1String("--seconds"))
+                ok = number(&seconds) && seconds > 0;
+            else if (a == QLatin1String("--minutes"))
+                ok = number(&minutes) && minutes > 0 && minutes < 100;
+            else if (a == QLatin1String("--first-pause-frames"))
+                ok = number(&firstPause) && firstPause >= 0;
+            else if (a == QLatin1String("--pause-frames"))
+                ok = number(&pause) && pause >= 0;
+            else if (a == QLatin1String("--index2"))
+                ok = number(&index2) && index2 > 0;
+            else if (a == QLatin1String("--realistic"))
+                realistic = true;
+            else if (a == QLatin1String("--cdtext"))
+                opts.cdText = true;
+            else if (a == QLatin1String("--double-byte"))
+                opts.doubleByte = opts.cdText = true;
+            else if (a == QLatin1String("--second-block"))
+                opts.secondBlock.append(mkddp::CdTextStrings());
+            else if (a == QLatin1String("--genre"))
+                ok = number(&opts.genre);
+            else if (a == QLatin1String("--upc"))
+                ok = value(&text), opts.upcEan = text.toLatin1();
+            else if (a == QLatin1String("--hours"))
+                ok = number(&opts.pqHours);
+            else if (a == QLatin1String("--lower-case"))
+                opts.lowerCaseOnDisk = true;
+            else if (a == QLatin1String("--zero-pad"))
+                opts.zeroPadNames = true;
+            else if (a == QLatin1String("--cdtext-name"))
+                ok = value(&text), opts.cdTextName = text.toLatin1();
+            else if (a == QLatin1String("--image-name"))
+                ok = value(&text), opts.imageName = text.toLatin1();
+            else if (a == QLatin1String("--pq-name"))
+                ok = value(&text), opts.pqName = text.toLatin1();
+            else if (a == QLatin1String("--silence"))
+                opts.content = mkddp::AudioContent::Silence;
+            else if (a == QLatin1String("--fault")) {
+                ok = value(&text);
+                const std::optional<mkddp::Fault> fault = mkddp::faultFromName(text);
+                if (!fault)
+                    return fail(QStringLiteral("unknown fault %1").arg(text));
+                faults.append(*fault);
+            } else {
+                return fail(QStringLiteral("unknown option %1").arg(a));
+            }
+            if (!ok)
+                return fail(QStringLiteral("bad value for %1").arg(a));
+        }
+
+        if (realistic)
+            spec = mkddp::realisticDisc();
+        else if (minutes > 0)
+            spec = mkddp::longDisc(minutes);
+        else
+            spec = mkddp::simpleDisc(tracks, seconds);
+        if (!realistic) {
+            for (int k = 0; k < spec.tracks.size(); ++k) {
+                spec.tracks[k].pauseFrames = k == 0 ? firstPause : pause;
+                if (index2 > 0 && index2 < spec.tracks[k].frames)
+                    spec.tracks[k].indexOffsets = {index2};
+            }
+            spec.cdText = opts.cdText;
+            if (opts.genre != 0)
+                spec.genre = opts.genre;
+            if (!opts.upcEan.isEmpty() && opts.upcEan != "0000000000000")
+                spec.upcEan = opts.upcEan;
+        } else {
+            spec.cdText = true;
+        }
+        spec.doubleByte = opts.doubleByte;
+        if (spec.doubleByte) {
+            // Sample Japanese titles, so the double-byte path has real work.
+            spec.album.title = QStringLiteral("テスト盤");
+            spec.album.performer = QStringLiteral("試験信号");
+            for (int k = 0; k < spec.tracks.size(); ++k)
+                spec.tracks[k].text.title = QStringLiteral("曲 %1").arg(k + 1);
+        }
+        if (!opts.secondBlock.isEmpty()) {
+            spec.secondBlock.append({QStringLiteral("Zweite Sprache"),
+                                     QStringLiteral("Testsignal"),
+                                     {},
+                                     {},
+                                     {},
+                                     {},
+                                     {}});
+            for (int k = 0; k < spec.tracks.size(); ++k)
+                spec.secondBlock.append(
+                    {QStringLiteral("Stück %1").arg(k + 1), {}, {}, {}, {}, {}, {}});
+        }
+        spec.pqHours = opts.pqHours;
+        spec.lowerCaseOnDisk = opts.lowerCaseOnDisk;
+        spec.zeroPadNames = opts.zeroPadNames;
+        spec.cdTextName = opts.cdTextName;
+        spec.imageName = opts.imageName;
+        spec.pqName = opts.pqName;
+        spec.content = opts.content;
+        spec.faults = faults;
+    } else {
+        return fail(QStringLiteral("unknown command %1 (try --help)").arg(command));
+    }
+
+    QElapsedTimer timer;
+    timer.start();
+    QString error;
+    if (!mkddp::writeDisc(spec, dir, &error)) {
+        std::fprintf(stderr, "tivora-mkddp: %s\n", qPrintable(error));
+        return 1;
+    }
+    std::printf("%s: %d tracks, %lld bytes of audio, %.2f s\n", qPrintable(dir),
+                int(spec.tracks.size()), static_cast<long long>(mkddp::imageSize(spec)),
+                timer.elapsed() / 1000.0);
+    return 0;
+}
