@@ -104,7 +104,7 @@ void WavExport::exportAllTracks(const QString& ddpFolder)
                                     readSetting(kDefaultExportDirKey).toString());
     if (chosen.isEmpty())
         return;
-    if (!QDir(chosen).exists() && !QDir().mkdir(chosen)) {
+    if (!QDir(chosen).exists() && !QDir().mkpath(chosen)) {
         reportError(tr("Could not create the folder \"%1\".").arg(chosen));
         return;
     }
@@ -173,6 +173,9 @@ void WavExport::showProgressBar(FileWriter* worker)
     palette.setColor(QPalette::Base, QColor(38, 39, 40));
     palette.setColor(QPalette::Text, Qt::white);
     bar->setPalette(palette);
+    // A fixed size first: an unsized child would take its size hint when
+    // shown and no longer sit in the middle.
+    bar->resize(bar->sizeHint());
     if (m_parentWidget)
         bar->move(bar->pos() + m_parentWidget->rect().center() - bar->geometry().center());
     bar->setMaximum(kProgressMaximum);

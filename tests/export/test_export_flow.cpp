@@ -1,0 +1,320 @@
+// The export flows as the window runs them, offscreen: the dialogs are
+// answered through ExportDialogs, the worker runs on the exporter's thread,
+// and the test waits for the exporter's signals.
+#include "ExportTestSupport.h"
+
+#include "ddp/Settings.h"
+#include "export/WavExport.h"
+
+#include <QDir>
+#include <QProgressBar>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QWidget>
+#include <QtTest>
+
+using namespace exporttest;
+using testbytes::Entry;
+
+namespace {
+
+constexpr qint64 kFiveMinutes = 52920000;
+
+// Records what the flows ask and answers with what the test set.
+struct Answers
+{
+    QString savePath;
+    QString folder;
+    QStringList asked; // caption, then the proposed path or start folder
+    QString filter;
+    QStringList errors;
+
+    ExportDialogs dialogs()
+    {
+        ExportDialogs d;
+        d.saveFileName = [this](QWidget*, const QString& caption, const QString& proposed,
+                                const QString& f) {
+            asked << caption << proposed;
+            filter = f;
+            return savePath;
+        };
+        d.existingDirectory = [this](QWidget*, const QString& caption, const QString& start) {
+            asked << caption << start;
+            return folder;
+        };
+        d.showError = [this](QWidget*, const QString& message) { errors << message; };
+        return d;
+    }
+};
+
+qint64 at(int minutes, int seconds, int frames)
+{
+    return (minutes * 60 + seconds) * 176400 + frames * 2352;
+}
+
+// One track of exactly five minutes and one a CD frame shorter, then a short one.
+std::vector<Entry> thresholdDisc()
+{
+    return {{"00", 0, 0, 0, 0},   {"01", 0, 0, 0, 0},  {"01", 1, 0, 2, 0}, {"02", 1, 5, 2, 0},
+            {"03", 1, 10, 1, 74}, {"AA", 1, 10, 5, 0}, {"AA", 0, 10, 5, 0}};
+}
+
+} // namespace
+
+class TestExportFlow : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString m_ddp;
+    QWidget* m_window = nullptr;
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+
+    static bool waitFor(QSignalSpy& spy) { return spy.count() > 0 || spy.wait(30000); }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        qputenv("XDG_DATA_HOME", QFile::encodeName(path(QStringLiteral("xdg"))));
+        QCoreApplication::setOrganizationName(QStringLiteral("Korvane"));
+        QCoreApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        // The image is named in lower case on disk, "IMAGE.DAT" in the model.
+        m_ddp = path(QStringLiteral("ddp"));
+        QVERIFY(QDir().mkpath(m_ddp));
+        QVERIFY(writePatternImage(m_ddp + QStringLiteral("/image.dat"), at(10, 5, 0)));
+        m_window = new QWidget;
+        m_window->resize(466, 702);
+        m_window->show();
+    }
+    void cleanupTestCase() { delete m_window; }
+    void init() { QFile::remove(settingsFilePath()); }
+
+    void oneTrack()
+    {
+        const QString start = path(QStringLiteral("start"));
+        writeSetting(kDefaultExportDirKey, start);
+        const CdTextRecord record = titles({"One", "Two"});
+        const auto model = makeModel(testbytes::simpleEntries(2, {4, 5, 6}), &record);
+        Answers answers;
+        answers.savePath = path(QStringLiteral("chosen/mine.wav"));
+        QVERIFY(QDir().mkpath(path(QStringLiteral("chosen"))));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportTrack(1, model, m_ddp);
+
+        QCOMPARE(answers.asked, (QStringList{QStringLiteral("Save Track as WAV"),
+                                             start + QStringLiteral("/2 - Two.wav")}));
+        QCOMPARE(answers.filter, QStringLiteral("WAV (*.wav)"));
+        // Short tracks need no bar.
+        QVERIFY(!m_window->findChild<QProgressBar*>());
+        QVERIFY(waitFor(finished));
+        QVERIFY(answers.errors.isEmpty());
+        QString why;
+        QVERIFY2(isWavOf(readWav(answers.savePath), patternBytes(at(0, 6, 0), at(0, 5, 0)), &why),
+                 qPrintable(why));
+        QCOMPARE(readSetting(kDefaultExportDirKey).toString(), path(QStringLiteral("chosen")));
+    }
+
+    void cancelledDialogsWriteNothing()
+    {
+        const auto model = makeModel(testbytes::simpleEntries(2, {4}));
+        Answers answers; // empty answers: both dialogs cancelled
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        QSignalSpy failed(&exporter, &WavExport::exportFailed);
+        exporter.exportTrack(0, model, m_ddp);
+        exporter.exportAllTracks(m_ddp);
+        QCOMPARE(answers.asked.size(), 4);
+        QVERIFY(answers.asked[3].isEmpty()); // no start folder stored yet
+        QVERIFY(!exporter.isRunning());
+        QVERIFY(!exporter.workerThread()->isRunning());
+        QTest::qWait(50);
+        QCOMPARE(finished.count() + failed.count(), 0);
+        QVERIFY(!QFileInfo::exists(settingsFilePath()));
+    }
+
+    void progressBarThreshold_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<qint64>("length");
+        QTest::addColumn<bool>("bar");
+        QTest::newRow("exactly five minutes") << 0 << kFiveMinutes << true;
+        QTest::newRow("a CD frame shorter") << 1 << kFiveMinutes - 2352 << false;
+    }
+    void progressBarThreshold()
+    {
+        QFETCH(int, row);
+        QFETCH(qint64, length);
+        QFETCH(bool, bar);
+        const auto model = makeModel(thresholdDisc());
+        Answers answers;
+        answers.savePath = path(QStringLiteral("long.wav"));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportTrack(row, model, m_ddp);
+
+        QProgressBar* progress = m_window->findChild<QProgressBar*>();
+        QCOMPARE(progress != nullptr, bar);
+        QList<int> values;
+        if (progress) {
+            QVERIFY(!progress->isHidden());
+            QCOMPARE(progress->maximum(), 20000);
+            QCOMPARE(progress->palette().color(QPalette::Base), QColor(38, 39, 40));
+            QCOMPARE(progress->palette().color(QPalette::Text), QColor(Qt::white));
+            QVERIFY((progress->geometry().center() - m_window->rect().center()).manhattanLength() <=
+                    1);
+            connect(progress, &QProgressBar::valueChanged, [&](int v) { values << v; });
+        }
+        QVERIFY(waitFor(finished));
+        QCOMPARE(QFileInfo(answers.savePath).size(), length + 44);
+        if (bar) {
+            // Both phases went by, and the bar goes once the thread has ended.
+            QVERIFY(!values.isEmpty());
+            QVERIFY(values.first() < 10000);
+            QVERIFY(values.last() > 19000 && values.last() <= 20000);
+            QTRY_VERIFY(!m_window->findChild<QProgressBar*>());
+        }
+    }
+
+    void allTracks()
+    {
+        const QString start = path(QStringLiteral("exports"));
+        writeSetting(kDefaultExportDirKey, start);
+        const CdTextRecord record = titles({"A/B", "", "C"});
+        const auto model = makeModel(testbytes::simpleEntries(3, {4, 5, 6}), &record);
+        Answers answers;
+        answers.folder = path(QStringLiteral("exports/new disc"));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportAllTracks(model, m_ddp);
+
+        QCOMPARE(answers.asked,
+                 (QStringList{QStringLiteral("Save DDP as separated WAV files"), start}));
+        // Always a bar for the whole disc, however short.
+        QVERIFY(m_window->findChild<QProgressBar*>());
+        QVERIFY(waitFor(finished));
+        QVERIFY(answers.errors.isEmpty());
+        const QDir folder(answers.folder);
+        QCOMPARE(folder.entryList(QDir::Files, QDir::Name),
+                 (QStringList{QStringLiteral("1 - A_B.wav"), QStringLiteral("3 - C.wav"),
+                              QStringLiteral("Track 2.wav")}));
+        QString why;
+        QVERIFY2(isWavOf(readWav(folder.filePath(QStringLiteral("3 - C.wav"))),
+                         patternBytes(at(0, 12, 0), at(0, 6, 0)), &why),
+                 qPrintable(why));
+        // The parent of the chosen folder is remembered.
+        QCOMPARE(readSetting(kDefaultExportDirKey).toString(), start);
+    }
+
+    void errorsAreShownOnce_data()
+    {
+        QTest::addColumn<QString>("ddp");
+        QTest::addColumn<QString>("savePath");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("dialogAsked");
+        const QString plain = path(QStringLiteral("plain"));
+        QFile(plain).open(QIODevice::WriteOnly);
+        QTest::newRow("image missing")
+            << path(QStringLiteral("nowhere")) << path(QStringLiteral("e1.wav")) << 0 << true;
+        QTest::newRow("folder is a file")
+            << m_ddp << plain + QStringLiteral("/e2.wav") << 0 << true;
+        QTest::newRow("folder vanished")
+            << m_ddp << path(QStringLiteral("gone/e3.wav")) << 0 << true;
+        QTest::newRow("row without a track")
+            << m_ddp << path(QStringLiteral("e4.wav")) << 7 << false;
+    }
+    void errorsAreShownOnce()
+    {
+        QFETCH(QString, ddp);
+        QFETCH(QString, savePath);
+        QFETCH(int, row);
+        QFETCH(bool, dialogAsked);
+        Answers answers;
+        answers.savePath = savePath;
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy failed(&exporter, &WavExport::exportFailed);
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportTrack(row, makeModel(testbytes::simpleEntries(2, {4, 5})), ddp);
+        QVERIFY(waitFor(failed));
+        QTest::qWait(20);
+        QCOMPARE(answers.asked.isEmpty(), !dialogAsked);
+        QCOMPARE(answers.errors.size(), 1);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(failed.first().first().toString(), answers.errors.first());
+        QCOMPARE(finished.count(), 0);
+        QVERIFY(!QFileInfo::exists(savePath));
+        QVERIFY(!exporter.isRunning());
+    }
+
+    void secondExportWaitsItsTurn()
+    {
+        // The thread is reused: a refused export while one runs, then a new
+        // one once it has ended.
+        const auto model = makeModel(thresholdDisc());
+        Answers answers;
+        answers.savePath = path(QStringLiteral("first.wav"));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportTrack(0, model, m_ddp);
+        QVERIFY(exporter.isRunning());
+        exporter.exportTrack(1, model, m_ddp);
+        QCOMPARE(answers.errors.size(), 1);
+        QVERIFY(waitFor(finished));
+        QCOMPARE(QFileInfo(answers.savePath).size(), kFiveMinutes + 44);
+
+        answers.savePath = path(QStringLiteral("second.wav"));
+        exporter.exportTrack(2, model, m_ddp);
+        QVERIFY(finished.wait(30000));
+        QCOMPARE(QFileInfo(answers.savePath).size(), at(0, 3, 1) + 44);
+        QCOMPARE(answers.errors.size(), 1);
+    }
+
+    void newLoadDuringExport()
+    {
+        // The window replaces its model while the worker still reads the old
+        // one: the worker keeps it alive and writes the old disc's tracks.
+        auto model = makeModel(thresholdDisc());
+        const std::weak_ptr<DDPModel> watch = model;
+        Answers answers;
+        answers.folder = path(QStringLiteral("during load"));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        exporter.exportAllTracks(model, m_ddp);
+        model.reset();
+        exporter.setModel(makeModel(testbytes::simpleEntries(2, {1})));
+        QVERIFY(!watch.expired());
+        QVERIFY(waitFor(finished));
+        QCOMPARE(QDir(answers.folder).entryList(QDir::Files).size(), 3);
+        QString why;
+        QVERIFY2(isWavOf(readWav(answers.folder + QStringLiteral("/Track 3.wav")),
+                         patternBytes(at(10, 1, 74), at(0, 3, 1)), &why),
+                 qPrintable(why));
+        // The worker let go of it when it was deleted with its thread's end.
+        QTRY_VERIFY(watch.expired());
+    }
+
+    void closingDuringExport()
+    {
+        // Closing the window mid-export stops the worker and leaves either a
+        // whole file or none, never a part.
+        const auto model = makeModel(thresholdDisc());
+        Answers answers;
+        answers.savePath = path(QStringLiteral("closing.wav"));
+        auto* exporter = new WavExport(m_window, answers.dialogs());
+        exporter->exportTrack(0, model, m_ddp);
+        QThread* thread = exporter->workerThread();
+        QTRY_VERIFY(thread->isRunning() || QFileInfo::exists(answers.savePath));
+        delete exporter;
+        const QFileInfo file(answers.savePath);
+        QVERIFY(!file.exists() || file.size() == kFiveMinutes + 44);
+        QTRY_VERIFY(!m_window->findChild<QProgressBar*>());
+    }
+};
+
+QTEST_MAIN(TestExportFlow)
+#include "test_export_flow.moc"
