@@ -28,7 +28,7 @@ constexpr FaultInfo kFaults[] = {
     {Fault::NoImagePacket, "no-image-packet", 7},
     {Fault::NoImageFile, "no-image-file", 7},
     {Fault::NoCdTextFile, "no-cdtext-file", 12},
-    {Fault::CdTextEmptyFile, "cdtext-empty-file", 12},
+    {Fault::CdTextEmptyFile, "cdtext-empty-file", 10},
     {Fault::CdTextBadGenre, "cdtext-bad-genre", 11},
     {Fault::CdTextLastTrackTooLow, "cdtext-last-track-too-low", 10},
     {Fault::CdTextExtraTrack, "cdtext-extra-track", 12},

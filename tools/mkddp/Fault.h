@@ -28,7 +28,7 @@ enum class Fault
     NoImagePacket,         // no "D0" packet in the map
     NoImageFile,           // the image file is not written
     NoCdTextFile,          // the CD-Text packet is in the map, its file is not written
-    CdTextEmptyFile,       // the CD-Text file is 0 bytes
+    CdTextEmptyFile,       // the CD-Text file is 0 bytes: no tracks, so track 1's row fails
     CdTextBadGenre,        // a genre pack with code 28 (outside 1..27)
     CdTextLastTrackTooLow, // the size information's last track is one below the PQ's
     CdTextExtraTrack,      // strings for one track beyond the last one (dropped by readers)
@@ -44,10 +44,10 @@ QStringList allFaultNames();
 // The loader's ErrorKind number for a disc that is otherwise sound, as
 // `tivora-ddp info` reports it: 5 and 6 no DDP, 7 image missing, 8 DDPID
 // invalid, 9 DDPMS invalid, 10 PQ descriptor invalid, 11 CD-Text failure,
-// 12 loaded. PqTruncatedLast and the CdText* faults other than BadGenre and
-// LastTrackTooLow load (12); so do the DDPMS garbage and short-packet faults.
-// CdTextLastTrackTooLow needs a disc with CD-Text; CdTextBadDoubleByte a
-// double-byte one.
+// 12 loaded. The DDPMS garbage and short-packet faults, PqTruncatedLast,
+// NoCdTextFile, CdTextExtraTrack and CdTextBadDoubleByte load (12). The
+// CdText* faults need a disc with CD-Text, CdTextBadDoubleByte a double-byte
+// one.
 int expectedKind(Fault fault);
 
 } // namespace mkddp

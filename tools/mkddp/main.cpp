@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QJsonDocument>
 #include <QStringList>
 
 #include <cstdio>
@@ -34,6 +35,8 @@ Options of "test":
   --image-name NAME     image name (default IMAGE.DAT)
   --pq-name NAME        PQ descriptor name (default PQDESCR)
   --silence             silent audio instead of the test pattern
+  --expected            print what `tivora-ddp info --json` should report
+                        ("rows", "indexList", "cdText") after writing
   --fault NAME          inject a fault (repeatable); names:
 )";
 
@@ -67,6 +70,7 @@ int main(int argc, char** argv)
     const QString dir = args.takeFirst();
 
     mkddp::DiscSpec spec;
+    bool printExpected = false;
     if (command == QLatin1String("demo")) {
         if (!args.isEmpty())
             return fail(QStringLiteral("demo takes no options"));
@@ -129,6 +133,8 @@ int main(int argc, char** argv)
                 ok = value(&text), opts.imageName = text.toLatin1();
             else if (a == QLatin1String("--pq-name"))
                 ok = value(&text), opts.pqName = text.toLatin1();
+            else if (a == QLatin1String("--expected"))
+                printExpected = true;
             else if (a == QLatin1String("--silence"))
                 opts.content = mkddp::AudioContent::Silence;
             else if (a == QLatin1String("--fault")) {
@@ -202,6 +208,16 @@ int main(int argc, char** argv)
     if (!mkddp::writeDisc(spec, dir, &error)) {
         std::fprintf(stderr, "tivora-mkddp: %s\n", qPrintable(error));
         return 1;
+    }
+    if (printExpected) {
+        const QJsonObject expected{
+            {QStringLiteral("rows"), mkddp::expectedRows(spec)},
+            {QStringLiteral("indexList"), mkddp::expectedIndexList(spec)},
+            {QStringLiteral("cdText"), mkddp::expectedCdText(spec)},
+        };
+        const QByteArray json = QJsonDocument(expected).toJson(QJsonDocument::Compact) + '\n';
+        std::fwrite(json.constData(), 1, size_t(json.size()), stdout);
+        return 0;
     }
     std::printf("%s: %d tracks, %lld bytes of audio, %.2f s\n", qPrintable(dir),
                 int(spec.tracks.size()), static_cast<long long>(mkddp::imageSize(spec)),
