@@ -1,0 +1,184 @@
+// The test pattern and its inverse, the written image, the demo disc and the
+// tivora-mkddp command.
+#include "tools/mkddp/Mkddp.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+
+using namespace mkddp;
+
+namespace {
+
+qint16 sampleAt(const QByteArray& bytes, qint64 offset)
+{
+    return qint16(quint8(bytes.at(int(offset))) | quint8(bytes.at(int(offset + 1))) << 8);
+}
+
+QString binary(const QString& relative)
+{
+    return QDir(qEnvironmentVariable("TIVORA_BINARY_DIR")).filePath(relative);
+}
+
+} // namespace
+
+class TestMkddpAudio : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void patternValues()
+    {
+        // Track 1 at frame 0: the bottom of the triangle, counter 0.
+        QCOMPARE(patternSample(0, 0, 1), qint16(-100 * 256));
+        QCOMPARE(patternSample(0, 1, 1), qint16(-100 * 256));
+        // Half a period (199 frames) later: near the top.
+        QCOMPARE(patternSample(99, 0, 1) >> 8, 98);
+        // In a pause only the counter is left.
+        QCOMPARE(patternSample(0x12345, 0, 0), qint16(0x45));
+        QCOMPARE(patternSample(0x12345, 1, 0), qint16(0x23));
+        // Tones differ from track to track.
+        QVERIFY(patternSample(150, 0, 1) != patternSample(150, 0, 2));
+        for (int tone = 0; tone <= 99; tone += 11) {
+            for (quint32 f : {0u, 77u, 65535u, 65536u, 1000003u}) {
+                const qint16 l = patternSample(f, 0, tone);
+                const qint16 r = patternSample(f, 1, tone);
+                QCOMPARE(patternCounter(l, r), quint16(f & 0xFFFF));
+                QVERIFY(std::abs(l >> 8) <= 100);
+            }
+        }
+    }
+
+    // The pattern follows the disc: tone 0 in pauses, the track number from
+    // each index 01 on, and the bytes of any range, aligned or not.
+    void patternOverADisc()
+    {
+        const DiscSpec spec = realisticDisc();
+        const TestPattern pattern(spec);
+        QCOMPARE(pattern.imageSize(), imageSize(spec));
+        const auto frameAt = [](qint64 position) { return quint32(position / 4); };
+        QCOMPARE(pattern.toneAt(0), 0);
+        QCOMPARE(pattern.toneAt(frameAt(indexPosition(spec, 1, 1))), 1);
+        QCOMPARE(pattern.toneAt(frameAt(indexPosition(spec, 3, 0))), 0);
+        QCOMPARE(pattern.toneAt(frameAt(indexPosition(spec, 3, 0)) - 1), 2);
+        QCOMPARE(pattern.toneAt(frameAt(indexPosition(spec, 3, 2))), 3);
+        QCOMPARE(pattern.toneAt(frameAt(imageSize(spec)) - 1), 7);
+
+        const qint64 start = indexPosition(spec, 5, 1);
+        const QByteArray block = pattern.bytes(start - 8, 16);
+        QCOMPARE(block.size(), 16);
+        QCOMPARE(sampleAt(block, 0), patternSample(frameAt(start) - 2, 0, 0));
+        QCOMPARE(sampleAt(block, 8), patternSample(frameAt(start), 0, 5));
+        QCOMPARE(sampleAt(block, 10), patternSample(frameAt(start), 1, 5));
+        QCOMPARE(pattern.bytes(start - 5, 7), block.mid(3, 7));
+
+        // Clipped at the image's end.
+        QCOMPARE(pattern.bytes(imageSize(spec) - 6, 100).size(), 6);
+        QVERIFY(pattern.bytes(imageSize(spec), 100).isEmpty());
+
+        // Consecutive frames carry consecutive counters across a track change.
+        const QByteArray across = pattern.bytes(indexPosition(spec, 2, 1) - 4000, 8000);
+        for (int i = 4; i < across.size(); i += 4) {
+            const quint16 previous =
+                patternCounter(sampleAt(across, i - 4), sampleAt(across, i - 2));
+            const quint16 current = patternCounter(sampleAt(across, i), sampleAt(across, i + 2));
+            QCOMPARE(quint16(previous + 1), current);
+        }
+    }
+
+    void writtenImage()
+    {
+        QTemporaryDir dir;
+        DiscSpec spec = simpleDisc(3, 2);
+        spec.tracks[1].pauseFrames = 40;
+        QVERIFY(writeDisc(spec, dir.path()));
+        QFile image(QDir(dir.path()).filePath(QStringLiteral("IMAGE.DAT")));
+        QVERIFY(image.open(QIODevice::ReadOnly));
+        QCOMPARE(image.size(), imageSize(spec));
+        const TestPattern pattern(spec);
+        for (qint64 offset : {qint64(0), indexPosition(spec, 2, 0) - 2, indexPosition(spec, 3, 1),
+                              imageSize(spec) - 64}) {
+            QVERIFY(image.seek(offset));
+            QCOMPARE(image.read(64), pattern.bytes(offset, 64));
+        }
+        QCOMPARE(buildFiles(spec, true).at(QStringLiteral("IMAGE.DAT")),
+                 pattern.bytes(0, imageSize(spec)));
+    }
+
+    void longDiscSize()
+    {
+        const DiscSpec spec = longDisc(74);
+        QCOMPARE(imageSize(spec), qint64(783216000));
+        QCOMPARE(spec.tracks.first().pauseFrames, cdFrames(2));
+        QCOMPARE(pqLayout(spec).last().minutes(), 74);
+    }
+
+    // The demo is music: 15 to 30 s tracks, loud enough, never clipped, with
+    // the 2 s first pause and one index 02.
+    void demoDiscIsMusic()
+    {
+        const DiscSpec spec = demoDisc();
+        QVERIFY(spec.tracks.size() >= 3 && spec.tracks.size() <= 4);
+        int index2 = 0;
+        for (const TrackSpec& t : spec.tracks) {
+            QVERIFY(t.seconds() >= 15 && t.seconds() <= 30);
+            QVERIFY(!t.text.title.isEmpty());
+            index2 += t.indexOffsets.size();
+        }
+        QCOMPARE(index2, 1);
+        QCOMPARE(spec.tracks.first().pauseFrames, cdFrames(2));
+        QVERIFY(spec.cdText);
+
+        const QByteArray image = buildFiles(spec, true).at(QStringLiteral("IMAGE.DAT"));
+        QCOMPARE(qint64(image.size()), imageSize(spec));
+        int peak = 0;
+        double sum = 0;
+        const qint64 first = indexPosition(spec, 1, 1);
+        for (qint64 i = 0; i < first; i += 2)
+            QCOMPARE(sampleAt(image, i), qint16(0)); // the pause is silent
+        for (qint64 i = first; i < image.size(); i += 2) {
+            const int s = sampleAt(image, i);
+            peak = qMax(peak, std::abs(s));
+            sum += double(s) * s;
+        }
+        const double rms = std::sqrt(sum / double((image.size() - first) / 2)) / 32768.0;
+        QVERIFY2(peak < 32000, qPrintable(QString::number(peak)));
+        QVERIFY2(rms > 0.05, qPrintable(QString::number(rms)));
+    }
+
+    void command()
+    {
+        QTemporaryDir dir;
+        const QString mkddp = binary(QStringLiteral("tools/mkddp/tivora-mkddp"));
+        const QString folder = QDir(dir.path()).filePath(QStringLiteral("disc"));
+        QProcess p;
+        p.start(mkddp,
+                {QStringLiteral("test"), folder, QStringLiteral("--tracks"), QStringLiteral("2"),
+                 QStringLiteral("--seconds"), QStringLiteral("3"), QStringLiteral("--cdtext"),
+                 QStringLiteral("--fault"), QStringLiteral("no-image-file")});
+        QVERIFY(p.waitForFinished(30000));
+        QCOMPARE(p.exitCode(), 0);
+        QStringList names = QDir(folder).entryList(QDir::Files);
+        QCOMPARE(names, (QStringList{QStringLiteral("CDTEXT.BIN"), QStringLiteral("DDPID"),
+                                     QStringLiteral("DDPMS"), QStringLiteral("PQDESCR")}));
+        QFile pq(QDir(folder).filePath(QStringLiteral("PQDESCR")));
+        QVERIFY(pq.open(QIODevice::ReadOnly));
+        QCOMPARE(pq.size(), 64 * 6); // lead-in, pause, two tracks, two lead-out entries
+
+        p.start(mkddp, {QStringLiteral("test"), folder, QStringLiteral("--fault"),
+                        QStringLiteral("no-such-fault")});
+        QVERIFY(p.waitForFinished(30000));
+        QCOMPARE(p.exitCode(), 2);
+
+        p.start(mkddp, {QStringLiteral("--help")});
+        QVERIFY(p.waitForFinished(30000));
+        QCOMPARE(p.exitCode(), 0);
+        QVERIFY(p.readAllStandardOutput().contains("pq-not-a-number"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMkddpAudio)
+#include "test_mkddp_audio.moc"
