@@ -29,13 +29,14 @@ constexpr int cdFrames(int minutes, int seconds, int frames)
 // a double-byte one. `code` is the UPC/EAN for the album, the ISRC for a track.
 struct CdTextStrings
 {
-    QString title;
-    QString performer;
-    QString songwriter;
-    QString composer;
-    QString arranger;
-    QString message;
-    QString code;
+    // Default initializers let {QStringLiteral("Title")} leave the rest empty.
+    QString title{};
+    QString performer{};
+    QString songwriter{};
+    QString composer{};
+    QString arranger{};
+    QString message{};
+    QString code{};
 
     bool isEmpty() const;
 };
