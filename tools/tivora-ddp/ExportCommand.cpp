@@ -36,6 +36,18 @@ int fail(const QString& message)
     return 1;
 }
 
+// One line: the dialog's title and the first sentence of its text, then the
+// loader's own words when it has any.
+QString loadFailure(const LoadResult& result)
+{
+    const QString text = plainErrorText(result.kind).trimmed();
+    QString line =
+        errorTitle(result.kind) + QStringLiteral(": ") + text.left(text.indexOf(QLatin1Char('\n')));
+    if (!result.message.empty())
+        line += QStringLiteral(" (%1)").arg(QString::fromStdString(result.message));
+    return line;
+}
+
 struct Arguments
 {
     QString path;
@@ -91,7 +103,7 @@ int runExport(const QStringList& args)
 
     const InfoReport report = makeInfoReport(arguments->path);
     if (report.result.kind != ErrorKind::NoError)
-        return fail(plainErrorText(report.result.kind, report.result.message));
+        return fail(loadFailure(report.result));
     DDPModel& model = *report.model;
     // The same first track as the player's load: the entry list's offset of
     // the first table row.
@@ -145,6 +157,8 @@ int runExport(const QStringList& args)
     QObject::connect(worker.get(), &FileWriter::processed,
                      [&progress](qint64 value) { progress.setValue(value); });
     QObject::connect(worker.get(), &FileWriter::fileWritten, [&progress](const QString& path) {
+        // The scale leaves out each phase's short last piece; done is done.
+        progress.setValue(20000);
         progress.finish();
         const QByteArray line = QDir::toNativeSeparators(path).toLocal8Bit() + '\n';
         std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
