@@ -231,17 +231,17 @@ QByteArray cdTextBytes(const DiscSpec& spec)
         const std::vector<PackText>& packs = texts[size_t(b)];
         const quint8 flagsBase = quint8((block.doubleByte ? 0x80 : 0) | (block.number << 4));
 
-        char size[36] = {};
-        size[0] = char(block.doubleByte ? 0x80 : 0x00); // MS-JIS or ISO 8859-1
-        size[1] = char(spec.firstTrackNumber);
-        size[2] = char(spec.lastTrackNumber() - (spec.has(Fault::CdTextLastTrackTooLow) ? 1 : 0));
+        quint8 size[36] = {};
+        size[0] = block.doubleByte ? 0x80 : 0x00; // MS-JIS or ISO 8859-1
+        size[1] = quint8(spec.firstTrackNumber);
+        size[2] = quint8(spec.lastTrackNumber() - (spec.has(Fault::CdTextLastTrackTooLow) ? 1 : 0));
         size[3] = 0; // no copy protection flags
         for (const PackText& p : packs)
             ++size[4 + (p.type - 0x80)];
         size[4 + 15] = 3;
         for (int i = 0; i < 8; ++i) {
-            size[20 + i] = char(lastSequence[size_t(i)]);
-            size[28 + i] = char(languages[size_t(i)]);
+            size[20 + i] = lastSequence[size_t(i)];
+            size[28 + i] = languages[size_t(i)];
         }
 
         // Sequence numbers restart in every block.
@@ -251,7 +251,7 @@ QByteArray cdTextBytes(const DiscSpec& spec)
                     p.text.data());
         for (int i = 0; i < 3; ++i)
             putPack(out, 0x8F, quint8(i), quint8(sequence++), quint8(block.number << 4),
-                    size + 12 * i);
+                    reinterpret_cast<const char*>(size + 12 * i));
     }
     return out;
 }

@@ -27,7 +27,16 @@ bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error = nul
 QByteArray ddpidBytes(const DiscSpec& spec);
 QByteArray ddpmsBytes(const DiscSpec& spec);
 QByteArray pqBytes(const DiscSpec& spec);
-QByteArray cdTextBytes(const DiscSpec& spec); // empty when spec.cdText is off
+// CD-Text: block 0 (the first language), then the second block if any. Each
+// block holds its text packs by ascending type (0x80..0x85 strings, 0x86 disc
+// id, 0x87 genre, 0x8E codes), the strings of a type running on across packs,
+// then its three 0x8F size packs; sequence numbers restart at 0 per block.
+// Empty when spec.cdText is off. Sequence numbers are one byte, so a block
+// holds at most 256 packs (about 3 KB of text): beyond that they wrap, as on
+// no real disc, and a reader trusting the size information decodes only part.
+// Slots are 160 bytes: longer strings are written whole, readers cut them.
+// Characters that code page 932 lacks end a double-byte string.
+QByteArray cdTextBytes(const DiscSpec& spec);
 
 // Names on disk (after lower-casing and, for CD-Text, blank removal).
 QString imageFileName(const DiscSpec& spec);
