@@ -153,7 +153,9 @@ QByteArray infoReportText(const InfoReport& report)
         QString text;
         for (int i = 0; i < columns.size(); ++i)
             text += cellText(columns.at(i)).leftJustified(widths.at(i) + 2);
-        out += text.trimmed() + QLatin1Char('\n');
+        while (text.endsWith(QLatin1Char(' ')))
+            text.chop(1);
+        out += text + QLatin1Char('\n');
     };
     line([&](int c) { return names.at(c); });
     for (int r = 0; r < table.rowCount(); ++r) {
