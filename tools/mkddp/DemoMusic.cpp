@@ -109,7 +109,13 @@ void pieceSample(const Piece& piece, double t, double length, double out[2])
     // Bass: the chord's root two octaves down, struck at each change.
     const double bhz = noteHz(chord[0] - 24);
     const double benv = std::exp(-tc * 1.2) * std::min(1.0, tc * 100.0);
-    const double bass = 0.30 * benv * (s(bhz * t) + 0.3 * s(2 * bhz * t));
+    double bass = 0.30 * benv * (s(bhz * t) + 0.3 * s(2 * bhz * t));
+    if (bar > 0 && tc < 0.03) {
+        // The previous root rings on for a moment instead of stopping dead.
+        const double phz = noteHz(previous[0] - 24);
+        const double penv = std::exp(-(tc + piece.chordSeconds) * 1.2) * (1 - tc / 0.03);
+        bass += 0.30 * penv * (s(phz * t) + 0.3 * s(2 * phz * t));
+    }
     left += bass;
     right += bass;
 
