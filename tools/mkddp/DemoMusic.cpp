@@ -56,7 +56,13 @@ const SineTable& sine()
 
 double noteHz(int midi)
 {
-    return 440.0 * std::pow(2.0, (midi - 69) / 12.0);
+    static const auto table = [] {
+        std::array<double, 128> hz{};
+        for (int m = 0; m < 128; ++m)
+            hz[size_t(m)] = 440.0 * std::pow(2.0, (m - 69) / 12.0);
+        return hz;
+    }();
+    return table[size_t(midi & 127)];
 }
 
 double padVoice(double hz, double t)
