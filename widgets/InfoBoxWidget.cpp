@@ -1,0 +1,121 @@
+#include "widgets/InfoBoxWidget.h"
+
+#include "ddp/DDPModel.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+
+namespace {
+
+const QString kMissing = QStringLiteral("-");
+
+QString orMissing(const QString& text)
+{
+    const QString trimmed = text.trimmed();
+    return trimmed.isEmpty() ? kMissing : trimmed;
+}
+
+QString upcEanOf(const DDPModel& model)
+{
+    if (model.hasCdText()) {
+        const QString code =
+            QString::fromStdString(model.cdText().text(0, CdTextRecord::Code)).trimmed();
+        if (!code.isEmpty())
+            return code;
+    }
+    for (const PqEntry& entry : model.entries()) {
+        const std::string_view field = entry.upcEan();
+        // The field is blank- or zero-padded when unused.
+        const QString code =
+            QString::fromLatin1(field.data(), int(field.size())).remove(QChar(0)).trimmed();
+        if (!code.isEmpty())
+            return code;
+    }
+    return orMissing(QString::fromLatin1(model.ddpIdUpcEan().c_str()));
+}
+
+QLabel* makeLabel(const char* name, QWidget* parent)
+{
+    auto* label = new QLabel(parent);
+    label->setObjectName(QString::fromLatin1(name));
+    return label;
+}
+
+} // namespace
+
+InfoBoxWidget::InfoBoxWidget(QWidget* parent) : QWidget(parent)
+{
+    setupUi();
+}
+
+void InfoBoxWidget::setupUi()
+{
+    if (objectName().isEmpty())
+        setObjectName(QStringLiteral("InfoBoxWidget"));
+    resize(478, 59);
+    m_mainInfoLayout = new QHBoxLayout(this);
+    m_mainInfoLayout->setObjectName(QStringLiteral("mainInfoLayout"));
+    m_gridLayout = new QGridLayout();
+    m_gridLayout->setObjectName(QStringLiteral("gridLayout"));
+    m_gridLayout->setContentsMargins(9, 0, 0, 0);
+    m_gridLayout->setVerticalSpacing(1);
+
+    m_upcEanCaptionLabel = makeLabel("upcEanCaptionLabel", this);
+    m_artistCaptionLabel = makeLabel("artistCaptionLabel", this);
+    m_albumCaptionLabel = makeLabel("albumCaptionLabel", this);
+    m_upcEanLabel = makeLabel("upcEanLabel", this);
+    m_artistLabel = makeLabel("artistLabel", this);
+    m_albumLabel = makeLabel("albumLabel", this);
+    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel}) {
+        value->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        // Long CD-Text must not widen the window.
+        value->setMinimumWidth(0);
+        value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
+    m_gridLayout->addWidget(m_upcEanCaptionLabel, 0, 0);
+    m_gridLayout->addWidget(m_artistCaptionLabel, 0, 1);
+    m_gridLayout->addWidget(m_albumCaptionLabel, 0, 2);
+    m_gridLayout->addWidget(m_upcEanLabel, 1, 0);
+    m_gridLayout->addWidget(m_artistLabel, 1, 1);
+    m_gridLayout->addWidget(m_albumLabel, 1, 2);
+    m_gridLayout->setColumnStretch(0, 2);
+    m_gridLayout->setColumnStretch(1, 3);
+    m_gridLayout->setColumnStretch(2, 3);
+    m_mainInfoLayout->addLayout(m_gridLayout);
+
+    retranslateUi();
+    clear();
+    QMetaObject::connectSlotsByName(this);
+}
+
+void InfoBoxWidget::retranslateUi()
+{
+    m_upcEanCaptionLabel->setText(tr("UPC/EAN"));
+    m_artistCaptionLabel->setText(tr("ARTIST"));
+    m_albumCaptionLabel->setText(tr("ALBUM"));
+}
+
+void InfoBoxWidget::clear()
+{
+    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel}) {
+        value->setText(kMissing);
+        value->setToolTip(QString());
+    }
+}
+
+void InfoBoxWidget::setModel(const DDPModel& model)
+{
+    clear();
+    m_upcEanLabel->setText(upcEanOf(model));
+    if (model.hasCdText()) {
+        const CdTextRecord& text = model.cdText();
+        m_artistLabel->setText(
+            orMissing(QString::fromStdString(text.text(0, CdTextRecord::Performer))));
+        m_albumLabel->setText(orMissing(QString::fromStdString(text.text(0, CdTextRecord::Title))));
+    }
+    // The full text stays reachable when a long title is cut.
+    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel})
+        value->setToolTip(value->text() == kMissing ? QString() : value->text());
+}

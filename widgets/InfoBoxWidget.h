@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QWidget>
+
+class DDPModel;
+class QGridLayout;
+class QHBoxLayout;
+class QLabel;
+
+// UPC/EAN, artist and album of the loaded disc. A value the disc does not
+// carry reads "-".
+class InfoBoxWidget : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit InfoBoxWidget(QWidget* parent = nullptr);
+
+    // ARTIST and ALBUM are the album record's performer and title (only with
+    // CD-Text). UPC/EAN is the album record's code, else the first non-blank
+    // UPC/EAN field of the PQ entries, else the DDPID's.
+    void setModel(const DDPModel& model);
+    void clear();
+
+    QLabel* upcEanLabel() const { return m_upcEanLabel; }
+    QLabel* artistLabel() const { return m_artistLabel; }
+    QLabel* albumLabel() const { return m_albumLabel; }
+
+private:
+    void setupUi();
+    void retranslateUi();
+
+    QHBoxLayout* m_mainInfoLayout = nullptr;
+    QGridLayout* m_gridLayout = nullptr;
+    QLabel* m_upcEanCaptionLabel = nullptr;
+    QLabel* m_artistCaptionLabel = nullptr;
+    QLabel* m_albumCaptionLabel = nullptr;
+    QLabel* m_upcEanLabel = nullptr;
+    QLabel* m_artistLabel = nullptr;
+    QLabel* m_albumLabel = nullptr;
+};

@@ -1,0 +1,269 @@
+#include "widgets/TableViewWidget.h"
+
+#include "ddp/IDrawInfoProvider.h"
+#include "ddp/Settings.h"
+#include "widgets/FilterHeaderView.h"
+#include "widgets/FontTable.h"
+#include "widgets/PixmapRoutines.h"
+#include "widgets/Theme.h"
+
+#include <QEasingCurve>
+#include <QGraphicsOpacityEffect>
+#include <QLabel>
+#include <QPropertyAnimation>
+#include <QSortFilterProxyModel>
+#include <QTableView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+const char* const kInfoButtonName = "infoButton";
+const char* const kExportButtonName = "exportButton";
+
+void makeTransparent(QWidget* widget)
+{
+    QPalette pal = widget->palette();
+    for (QPalette::ColorRole role :
+         {QPalette::Window, QPalette::Button, QPalette::Mid, QPalette::Highlight})
+        pal.setColor(role, Qt::transparent);
+    widget->setPalette(pal);
+}
+
+} // namespace
+
+TableViewWidget::TableViewWidget(QWidget* parent) : QWidget(parent)
+{
+    setupUi();
+    buildOverlay();
+}
+
+void TableViewWidget::setupUi()
+{
+    if (objectName().isEmpty())
+        setObjectName(QStringLiteral("TableViewWidget"));
+    m_verticalLayout = new QVBoxLayout(this);
+    m_verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
+    m_verticalLayout->setContentsMargins(0, 0, 0, 0);
+    m_tableView = new QTableView(this);
+    m_tableView->setObjectName(QStringLiteral("tableView"));
+    m_verticalLayout->addWidget(m_tableView);
+    QMetaObject::connectSlotsByName(this);
+
+    m_proxyModel = new QSortFilterProxyModel(this);
+    m_tableView->viewport()->setMouseTracking(true);
+    m_tableView->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_tableView->setModel(m_proxyModel);
+    m_tableView->setShowGrid(false);
+    m_tableView->verticalHeader()->setVisible(false);
+    m_tableView->horizontalHeader()->setVisible(false);
+    m_tableView->setFocusPolicy(Qt::NoFocus);
+    m_tableView->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_tableView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_tableView->setFrameShape(QFrame::NoFrame);
+    m_tableView->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+}
+
+void TableViewWidget::buildOverlay()
+{
+    m_overlay = new QLabel(this);
+    m_overlay->setObjectName(QStringLiteral("overlayLabel"));
+    m_overlay->setAutoFillBackground(true);
+    m_overlay->setFont(FontTable::font(3, true));
+    m_overlay->setText(tr("Drop a DDP image or folder here"));
+    QPalette pal = m_overlay->palette();
+    pal.setColor(QPalette::WindowText, QColor(90, 91, 92));
+    pal.setColor(QPalette::Window, Theme::tableBase());
+    m_overlay->setPalette(pal);
+    m_overlay->adjustSize();
+
+    auto* effect = new QGraphicsOpacityEffect(m_overlay);
+    m_overlay->setGraphicsEffect(effect);
+    auto* fade = new QPropertyAnimation(effect, "opacity", this);
+    fade->setDuration(1000);
+    fade->setStartValue(0.0);
+    fade->setEndValue(1.0);
+    // InBack dips just below zero before rising: a short hesitation, then in.
+    fade->setEasingCurve(QEasingCurve::InBack);
+    fade->start(QAbstractAnimation::DeleteWhenStopped);
+    placeOverlay();
+}
+
+void TableViewWidget::placeOverlay()
+{
+    if (!m_overlay)
+        return;
+    const int x = width() / 2 - m_overlay->width() / 2;
+    const int y = int((height() / 2) * 0.5);
+    m_overlay->move(x, y);
+}
+
+void TableViewWidget::resizeEvent(QResizeEvent* event)
+{
+    placeOverlay();
+    QWidget::resizeEvent(event);
+}
+
+void TableViewWidget::setModel(QAbstractItemModel* table,
+                               std::shared_ptr<const IDrawInfoProvider> drawInfo)
+{
+    m_drawInfo = std::move(drawInfo);
+    m_proxyModel->setSourceModel(table);
+}
+
+void TableViewWidget::installHeader()
+{
+    delete m_overlay; // gone for good after the first load
+
+    FilterHeaderView* old = m_header;
+    m_header = new FilterHeaderView(Qt::Horizontal, this);
+    connect(m_header, &QHeaderView::sectionMoved, m_header, &FilterHeaderView::onSectionMoved);
+    QFont f = m_header->font();
+    f.setBold(true);
+    f.setFamily(QStringLiteral("Arial"));
+    m_header->setFont(f);
+    m_header->setFixedHeight(24);
+    QPalette pal = m_header->palette();
+    pal.setColor(QPalette::ButtonText, QColor(139, 139, 140));
+    pal.setColor(QPalette::Window, QColor(58, 61, 64));
+    pal.setColor(QPalette::Highlight, QColor(58, 61, 64).lighter(150));
+    m_header->setPalette(pal);
+
+    m_tableView->setHorizontalHeader(m_header);
+    m_header->setVisible(true);
+    m_tableView->resizeColumnsToContents();
+    if (old && old != m_header)
+        old->deleteLater();
+}
+
+void TableViewWidget::restoreHeaderState()
+{
+    if (!m_header)
+        return;
+    const QByteArray state = readSetting(kHeaderKey).toByteArray();
+    if (!state.isEmpty())
+        m_header->restoreState(state);
+}
+
+void TableViewWidget::saveHeaderState() const
+{
+    if (m_header)
+        writeSetting(kHeaderKey, m_header->saveState());
+}
+
+void TableViewWidget::configureHeader()
+{
+    if (!m_header)
+        return;
+    m_header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    m_header->setSectionsMovable(true);
+    m_header->setDragEnabled(true);
+    m_header->setDragDropMode(QAbstractItemView::InternalMove);
+    m_header->setDropIndicatorShown(true);
+    m_header->setStretchLastSection(true);
+    m_header->setSectionResizeMode(0, QHeaderView::Fixed);
+    m_header->setSectionResizeMode(1, QHeaderView::Fixed);
+    m_tableView->setColumnWidth(0, 70);
+    m_tableView->setColumnWidth(1, 50);
+}
+
+QToolButton* TableViewWidget::makeRowButton(QWidget* cell, int x)
+{
+    auto* button = new QToolButton(cell);
+    button->setAutoRaise(true);
+    button->setFixedSize(20, cell->height());
+    makeTransparent(button);
+    button->move(x, 0);
+    return button;
+}
+
+void TableViewWidget::buildRowWidgets()
+{
+    if (m_proxyModel->columnCount() < 2)
+        return;
+    const int w1 = m_tableView->columnWidth(1) + 20;
+    m_tableView->setColumnWidth(1, w1);
+    m_buttonCellWidth = w1;
+
+    const qreal ratio = devicePixelRatioF();
+    const QPixmap savePixmap = tintPixmap(
+        renderIcon(QStringLiteral(":save_icon"), QSize(int(19 * ratio), int(19 * ratio))),
+        QColor(109, 109, 109));
+    QIcon exportIcon(savePixmap);
+
+    const int rows = m_proxyModel->rowCount();
+    for (int r = 0; r + 1 < rows; ++r) {
+        const int h = m_tableView->rowHeight(r);
+        auto* cell = new QWidget(m_tableView);
+        cell->setFixedSize(m_tableView->columnWidth(1), h);
+
+        QToolButton* info = makeRowButton(cell, cell->width() - 39);
+        info->setObjectName(QLatin1String(kInfoButtonName));
+        info->setCheckable(true);
+        info->setIcon(QIcon(QStringLiteral(":info_icon")));
+        info->setToolTip(tr("Show everything about this row"));
+        connect(info, &QToolButton::clicked, this,
+                [this, r, info] { emit infoButtonClicked(r, info); });
+
+        const bool isTrack = m_drawInfo && std::size_t(r) < m_drawInfo->indexList().size() &&
+                             m_drawInfo->indexList()[std::size_t(r)] == 1;
+        if (isTrack) {
+            QToolButton* save = makeRowButton(cell, cell->width() - 19);
+            save->setObjectName(QLatin1String(kExportButtonName));
+            save->setIcon(exportIcon);
+            save->setToolTip(tr("Export as WAV"));
+            connect(save, &QToolButton::clicked, this,
+                    [this, r] { emit exportAsWavButtonClicked(r); });
+        }
+        m_tableView->setIndexWidget(m_proxyModel->index(r, 1), cell);
+
+        auto* spacer = new QWidget(m_tableView);
+        spacer->setFixedSize(w1, h);
+        m_tableView->setIndexWidget(m_proxyModel->index(r, 0), spacer);
+    }
+
+    if (m_header) {
+        connect(m_header, &QHeaderView::sectionResized, this,
+                [this](int logical, int, int newSize) {
+                    if (logical == 1 && newSize < m_buttonCellWidth)
+                        m_tableView->setColumnWidth(1, m_buttonCellWidth);
+                });
+    }
+}
+
+void TableViewWidget::installModel(QAbstractItemModel* table,
+                                   std::shared_ptr<const IDrawInfoProvider> drawInfo)
+{
+    setModel(table, std::move(drawInfo));
+    installHeader();
+    restoreHeaderState();
+    configureHeader();
+    buildRowWidgets();
+}
+
+void TableViewWidget::hideColumn(int column)
+{
+    m_tableView->hideColumn(column);
+}
+
+void TableViewWidget::showColumn(int column)
+{
+    m_tableView->showColumn(column);
+}
+
+void TableViewWidget::setViewPalette(const QPalette& palette)
+{
+    m_tableView->setPalette(palette);
+}
+
+QToolButton* TableViewWidget::infoButton(int row) const
+{
+    QWidget* cell = m_tableView->indexWidget(m_proxyModel->index(row, 1));
+    return cell ? cell->findChild<QToolButton*>(QLatin1String(kInfoButtonName)) : nullptr;
+}
+
+QToolButton* TableViewWidget::exportButton(int row) const
+{
+    QWidget* cell = m_tableView->indexWidget(m_proxyModel->index(row, 1));
+    return cell ? cell->findChild<QToolButton*>(QLatin1String(kExportButtonName)) : nullptr;
+}
