@@ -4,6 +4,9 @@
 #include <QObject>
 #include <QString>
 
+#include <cstdlib>
+#include <memory>
+
 // The base of the export workers. A worker is made on the GUI thread, moved to
 // the exporter's worker thread and run there by `process()`; it has no widgets
 // and talks back only through its signals, which reach the GUI thread queued.
@@ -52,6 +55,16 @@ protected:
     qint64 m_bytesProcessed = 0;
 
 private:
+    struct Free
+    {
+        void operator()(char* p) const { std::free(p); }
+    };
+    // The range in memory (worker thread only), reused between tracks.
+    std::unique_ptr<char, Free> m_buffer;
+    qint64 m_bufferSize = 0;
+
+private:
+    char* rangeBuffer(qint64 length);
     void reportProgress(qint64 length);
     QString writeFailure(QFile& out);
 };

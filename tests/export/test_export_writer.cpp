@@ -386,6 +386,28 @@ private slots:
         QVERIFY(*std::max_element(p.begin(), p.end()) > 15000);
     }
 
+    void reusedBufferHoldsNoStaleBytes()
+    {
+        // The buffer is kept from one track to the next; a later track that
+        // runs past the image's end must read silence there, not the bytes
+        // an earlier, longer track left behind.
+        const QString image = path(QStringLiteral("short.dat"));
+        QVERIFY(writePatternImage(image, at(0, 20, 0)));
+        const std::vector<Entry> entries = {
+            {"00", 0, 0, 0, 0},  {"01", 0, 0, 0, 0},  {"01", 1, 0, 2, 0},
+            {"02", 1, 0, 16, 0}, {"AA", 1, 0, 24, 0}, {"AA", 0, 0, 24, 0},
+        };
+        const QString folder = path(QStringLiteral("stale"));
+        QVERIFY(QDir().mkpath(folder));
+        FileWriterAllTracks worker(folder, image, makeModel(entries));
+        QCOMPARE(run(worker).finished, 1);
+        QString why;
+        const QByteArray tail = patternBytes(at(0, 16, 0), at(0, 4, 0)) +
+                                QByteArray(static_cast<int>(at(0, 4, 0)), '\0');
+        QVERIFY2(isWavOf(readWav(folder + QStringLiteral("/Track 2.wav")), tail, &why),
+                 qPrintable(why));
+    }
+
     void allTracksStopsAtFirstFailure()
     {
         // The second track's file cannot be made (a folder holds its name):
