@@ -1,0 +1,77 @@
+#include "fuzz/FuzzSeeds.h"
+
+#include "fuzz/FuzzInput.h"
+#include "tools/mkddp/Mkddp.h"
+
+#include <QFile>
+
+#include <utility>
+#include <vector>
+
+namespace {
+
+std::string fileBytes(const mkddp::DiscFiles& files, const QString& name)
+{
+    const auto it = files.find(name);
+    return it == files.end() ? std::string() : it->second.toStdString();
+}
+
+FuzzFiles fuzzFiles(const mkddp::DiscSpec& spec)
+{
+    const mkddp::DiscFiles files = mkddp::buildFiles(spec);
+    FuzzFiles out;
+    out.ddpid = fileBytes(files, QStringLiteral("DDPID"));
+    out.ddpms = fileBytes(files, QStringLiteral("DDPMS"));
+    out.pq = fileBytes(files, mkddp::pqFileName(spec));
+    out.cdText = fileBytes(files, mkddp::cdTextFileName(spec));
+    return out;
+}
+
+std::vector<std::pair<QString, mkddp::DiscSpec>> seedDiscs()
+{
+    using namespace mkddp;
+    std::vector<std::pair<QString, DiscSpec>> discs;
+    discs.emplace_back(QStringLiteral("simple"), simpleDisc(3, 10));
+    discs.emplace_back(QStringLiteral("realistic"), realisticDisc());
+    discs.emplace_back(QStringLiteral("demo"), demoDisc());
+
+    DiscSpec japanese = realisticDisc();
+    japanese.doubleByte = true;
+    japanese.languageCode = 0x69;
+    japanese.album.title = QStringLiteral("日本のアルバム");
+    discs.emplace_back(QStringLiteral("double-byte"), japanese);
+
+    DiscSpec bilingual = realisticDisc();
+    bilingual.secondBlock = {bilingual.album, bilingual.tracks.value(0).text};
+    discs.emplace_back(QStringLiteral("second-block"), bilingual);
+
+    DiscSpec long3 = simpleDisc(3, 10);
+    long3.tracks[0].pauseFrames = cdFrames(4);
+    long3.tracks[1].indexOffsets = {cdFrames(2), cdFrames(5)};
+    long3.pqHours = 1;
+    discs.emplace_back(QStringLiteral("shown-pause-hours"), long3);
+
+    for (Fault fault : allFaults()) {
+        DiscSpec spec = fault == Fault::CdTextBadDoubleByte ? japanese : realisticDisc();
+        spec.faults = {fault};
+        discs.emplace_back(QStringLiteral("fault-") + faultName(fault), spec);
+    }
+    return discs;
+}
+
+} // namespace
+
+int writeFuzzSeeds(const char* dir)
+{
+    int written = 0;
+    for (const auto& [name, spec] : seedDiscs()) {
+        QFile file(QFile::decodeName(dir) + QLatin1Char('/') + name);
+        const std::string input = joinFuzzInput(fuzzFiles(spec));
+        if (!file.open(QIODevice::WriteOnly) ||
+            file.write(input.data(), static_cast<qint64>(input.size())) !=
+                static_cast<qint64>(input.size()))
+            return 0;
+        ++written;
+    }
+    return written;
+}
