@@ -109,8 +109,10 @@ private slots:
         QCOMPARE(titlePacks.at(1).flags & 0x0F, 12);
         QCOMPARE(titlePacks.at(2).track, quint8(1)); // " Credits"
         QCOMPARE(titlePacks.at(2).flags & 0x0F, 7);
-        QCOMPARE(titlePacks.at(4).track, quint8(2)); // deep inside the long title: capped at 15
+        QCOMPARE(titlePacks.at(4).track, quint8(2)); // 15 characters into the long title
         QCOMPARE(titlePacks.at(4).flags & 0x0F, 15);
+        QCOMPARE(titlePacks.at(5).track, quint8(2)); // 27 characters in: capped at 15
+        QCOMPARE(titlePacks.at(5).flags & 0x0F, 15);
 
         // Types in ascending order, sequence numbers consecutive from 0.
         for (int i = 0; i < packs.size(); ++i) {

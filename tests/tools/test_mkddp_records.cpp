@@ -175,6 +175,14 @@ private slots:
         QCOMPARE(total.at(3).toString(), QStringLiteral("Total: 04:34"));
         QCOMPARE(expectedIndexList(spec).size(), 11);
 
+        // A first pause of 1 s is hidden but not taken off the total.
+        DiscSpec shortPause = simpleDisc(2, 10);
+        shortPause.tracks[0].pauseFrames = cdFrames(1);
+        const QJsonArray hidden = expectedRows(shortPause);
+        QCOMPARE(hidden.size(), 3);
+        QCOMPARE(hidden.at(0).toArray().at(3).toString(), QStringLiteral("00:00"));
+        QCOMPARE(hidden.last().toArray().at(3).toString(), QStringLiteral("Total: 00:21"));
+
         // A first pause of 3 s or more is a row of its own.
         DiscSpec longPause = simpleDisc(2, 10);
         longPause.tracks[0].pauseFrames = cdFrames(3);
