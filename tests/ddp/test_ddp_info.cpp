@@ -76,10 +76,6 @@ private slots:
         QTest::newRow("empty folder") << "empty" << QStringList{} << 6 << "No DDP Selected";
         QTest::newRow("DDPMS only") << "ms" << QStringList{"DDPMS"} << 6 << "No DDP Selected";
         QTest::newRow("DDPID only") << "id" << QStringList{"DDPID"} << 5 << "No DDP Selected";
-        QTest::newRow("no PQ") << "nopq" << QStringList{"DDPID", "DDPMS"} << 10
-                               << "PQDESCR Invalid";
-        QTest::newRow("no image") << "noimage" << QStringList{"DDPID", "DDPMS", "PQDESCR"} << 7
-                                  << "IMAGE Missing";
         QTest::newRow("sound") << "sound" << QStringList{"DDPID", "DDPMS", "PQDESCR", "IMAGE.DAT"}
                                << 12 << "";
     }

@@ -3,6 +3,7 @@
 // the error kind for each fault the generator can put in.
 #include "tools/mkddp/Mkddp.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -57,13 +58,17 @@ private:
     QTemporaryDir m_dir;
     int m_discs = 0;
 
-    QString writeDisc(const mkddp::DiscSpec& spec)
+    // Writes the disc (into a folder with a Unicode name), asks the program,
+    // and removes the disc again: the images are tens of megabytes each.
+    QJsonObject infoOf(const mkddp::DiscSpec& spec, int* exitCode)
     {
         const QString folder = m_dir.filePath(QStringLiteral("disc %1 ♪").arg(++m_discs));
         QString error;
         if (!mkddp::writeDisc(spec, folder, &error))
             qWarning("writeDisc: %s", qPrintable(error));
-        return folder;
+        const QJsonObject report = info(folder, exitCode);
+        QDir(folder).removeRecursively();
+        return report;
     }
 
 private slots:
@@ -116,7 +121,7 @@ private slots:
     {
         QFETCH(mkddp::DiscSpec, spec);
         int exitCode = -1;
-        const QJsonObject report = info(writeDisc(spec), &exitCode);
+        const QJsonObject report = infoOf(spec, &exitCode);
         QCOMPARE(report.value(QStringLiteral("kind")).toInt(-1), 12);
         QCOMPARE(exitCode, 0);
         QCOMPARE(compact(report.value(QStringLiteral("rows"))), compact(mkddp::expectedRows(spec)));
@@ -145,7 +150,7 @@ private slots:
         QFETCH(mkddp::DiscSpec, spec);
         QFETCH(int, kind);
         int exitCode = -1;
-        const QJsonObject report = info(writeDisc(spec), &exitCode);
+        const QJsonObject report = infoOf(spec, &exitCode);
         QCOMPARE(report.value(QStringLiteral("kind")).toInt(-1), kind);
         QCOMPARE(exitCode, kind == 12 ? 0 : 1);
         if (kind != 12) {
