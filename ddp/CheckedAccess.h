@@ -4,6 +4,7 @@
 #include <map>
 #include <stdexcept>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 // Lookups that fail with fixed messages whatever the standard library says:
@@ -13,17 +14,15 @@ inline constexpr const char* kInvalidMapKey = "invalid map<K, T> key";
 inline constexpr const char* kInvalidVectorSubscript = "invalid vector subscript";
 inline constexpr const char* kInvalidStoiArgument = "invalid stoi argument";
 
-template <typename Vector> decltype(auto) checkedAt(Vector& v, std::size_t i)
+// Any integer index; a negative one is out of range as well.
+template <typename Vector, typename Index> decltype(auto) checkedAt(Vector& v, Index i)
 {
-    if (i >= v.size())
-        throw std::out_of_range(kInvalidVectorSubscript);
-    return v[i];
-}
-
-// Signed index: a negative one is out of range as well.
-template <typename Vector> decltype(auto) checkedAt(Vector& v, long long i)
-{
-    if (i < 0 || static_cast<unsigned long long>(i) >= v.size())
+    static_assert(std::is_integral_v<Index>, "checkedAt takes an integer index");
+    if constexpr (std::is_signed_v<Index>) {
+        if (i < 0)
+            throw std::out_of_range(kInvalidVectorSubscript);
+    }
+    if (static_cast<std::make_unsigned_t<Index>>(i) >= v.size())
         throw std::out_of_range(kInvalidVectorSubscript);
     return v[static_cast<std::size_t>(i)];
 }
