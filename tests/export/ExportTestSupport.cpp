@@ -5,7 +5,7 @@
 namespace exporttest {
 
 std::shared_ptr<DDPModel> makeModel(const std::vector<testbytes::Entry>& entries,
-                                    const CdTextRecord* cdText, const std::string& imageName)
+                                    const CdTextRecord* cdText)
 {
     auto model = std::make_shared<DDPModel>();
     std::vector<PqEntry> pq;
@@ -13,18 +13,15 @@ std::shared_ptr<DDPModel> makeModel(const std::vector<testbytes::Entry>& entries
         pq.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
     if (cdText)
         model->setCdText(*cdText);
-    // One index per table row: the entries after the first and before the
-    // last two, without a lead-in pause shorter than 3 s.
-    bool firstRowPause = false;
-    for (std::size_t i = 1; i + 2 < entries.size(); ++i) {
-        if (i == 1 && entries.size() > 2 && durationSeconds(pq[1], pq[2]) < 3)
-            continue;
-        if (model->indexList().empty())
-            firstRowPause = entries[i].index == 0;
-        model->appendIndex(static_cast<std::uint32_t>(entries[i].index));
+    // A row per entry after the first and before the last two, without a
+    // lead-in pause shorter than 3 s.
+    for (std::size_t i = 1; i + 2 < pq.size(); ++i) {
+        if (i > 1 || durationSeconds(pq[1], pq[2]) >= 3)
+            model->appendIndex(static_cast<std::uint32_t>(entries[i].index));
     }
+    const bool firstRowPause = !model->indexList().empty() && model->isFirstRowPause();
     model->setEntries(std::move(pq));
-    model->setImageFileName(imageName);
+    model->setImageFileName("IMAGE.DAT");
     model->setFirstTrackNumber(firstRowPause ? 1 : 2);
     return model;
 }
@@ -33,10 +30,9 @@ CdTextRecord titles(const std::vector<std::string>& trackTitles)
 {
     CdTextRecord record;
     record.tracks.resize(trackTitles.size() + 1);
-    for (std::size_t t = 0; t < trackTitles.size(); ++t) {
-        CdTextRecord::Slot& slot = record.tracks[t + 1][CdTextRecord::Title];
-        trackTitles[t].copy(slot.data(), slot.size() - 1);
-    }
+    for (std::size_t t = 0; t < trackTitles.size(); ++t)
+        trackTitles[t].copy(record.tracks[t + 1][CdTextRecord::Title].data(),
+                            CdTextRecord::kSlotSize - 1);
     return record;
 }
 
@@ -45,8 +41,7 @@ QByteArray patternBytes(qint64 offset, qint64 length)
     QByteArray bytes(static_cast<int>(length), Qt::Uninitialized);
     for (qint64 i = 0; i < length; ++i) {
         const quint64 p = static_cast<quint64>(offset + i);
-        bytes[static_cast<int>(i)] =
-            static_cast<char>((p ^ (p >> 8) ^ (p >> 16) ^ (p >> 24)) & 0xFF);
+        bytes[static_cast<int>(i)] = static_cast<char>(p ^ (p >> 8) ^ (p >> 16) ^ (p >> 24));
     }
     return bytes;
 }
@@ -56,68 +51,54 @@ bool writePatternImage(const QString& path, qint64 size)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    constexpr qint64 kChunk = 1 << 22;
-    for (qint64 done = 0; done < size; done += kChunk) {
-        const QByteArray chunk = patternBytes(done, std::min(kChunk, size - done));
+    for (qint64 done = 0; done < size; done += 1 << 22) {
+        const QByteArray chunk = patternBytes(done, std::min<qint64>(1 << 22, size - done));
         if (file.write(chunk) != chunk.size())
             return false;
     }
     return file.flush();
 }
 
-quint32 WavFile::u32(int offset) const
+qint64 at(int minutes, int seconds, int frames)
 {
-    quint32 v = 0;
-    for (int i = 3; i >= 0; --i)
-        v = (v << 8) | static_cast<quint8>(header[offset + i]);
-    return v;
+    return (minutes * 60 + seconds) * qint64(176400) + frames * 2352;
 }
 
-quint16 WavFile::u16(int offset) const
+bool isWavOf(const QString& path, const QByteArray& expected, QString* why)
 {
-    return static_cast<quint16>(static_cast<quint8>(header[offset]) |
-                                (static_cast<quint8>(header[offset + 1]) << 8));
-}
-
-WavFile readWav(const QString& path)
-{
-    WavFile wav;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return wav;
-    const QByteArray all = file.readAll();
-    if (all.size() < 44)
-        return wav;
-    wav.header = all.left(44);
-    wav.data = all.mid(44);
-    wav.ok = true;
-    return wav;
+    if (!file.open(QIODevice::ReadOnly)) {
+        *why = path + QStringLiteral(": cannot be read");
+        return false;
+    }
+    return isWavOf(file.readAll(), expected, why);
 }
 
-bool isWavOf(const WavFile& file, const QByteArray& expected, QString* why)
+bool isWavOf(const QByteArray& file, const QByteArray& expected, QString* why)
 {
-    auto no = [why](const QString& reason) {
-        *why = reason;
-        return false;
+    auto le = [](quint32 v, int bytes) {
+        QByteArray out;
+        for (int i = 0; i < bytes; ++i)
+            out.append(static_cast<char>(v >> (8 * i)));
+        return out;
     };
-    if (!file.ok)
-        return no(QStringLiteral("no WAV file"));
-    const quint32 length = static_cast<quint32>(expected.size());
-    if (file.header.left(4) != "RIFF" || file.header.mid(8, 8) != "WAVEfmt " ||
-        file.header.mid(36, 4) != "data")
-        return no(QStringLiteral("chunk tags"));
-    if (file.u32(4) != length + 36 || file.u32(40) != length)
-        return no(
-            QStringLiteral("lengths %1/%2 for %3").arg(file.u32(4)).arg(file.u32(40)).arg(length));
-    if (file.u32(16) != 16 || file.u16(20) != 1 || file.u16(22) != 2 || file.u32(24) != 44100 ||
-        file.u32(28) != 176400 || file.u16(32) != 4 || file.u16(34) != 16)
-        return no(QStringLiteral("format fields"));
-    if (file.data.size() != expected.size())
-        return no(
-            QStringLiteral("data size %1, expected %2").arg(file.data.size()).arg(expected.size()));
+    const quint32 n = static_cast<quint32>(expected.size());
+    const QByteArray header = "RIFF" + le(n + 36, 4) + "WAVEfmt " + le(16, 4) + le(1, 2) +
+                              le(2, 2) + le(44100, 4) + le(176400, 4) + le(4, 2) + le(16, 2) +
+                              "data" + le(n, 4);
+    if (file.left(44) != header) {
+        *why = QStringLiteral("header %1").arg(QString::fromLatin1(file.left(44).toHex()));
+        return false;
+    }
+    if (file.size() - 44 != expected.size()) {
+        *why = QStringLiteral("%1 data bytes, expected %2").arg(file.size() - 44).arg(n);
+        return false;
+    }
     for (int i = 0; i < expected.size(); ++i) {
-        if (file.data[i] != expected[i])
-            return no(QStringLiteral("data differs at byte %1").arg(i));
+        if (file[44 + i] != expected[i]) {
+            *why = QStringLiteral("data differs at byte %1").arg(i);
+            return false;
+        }
     }
     return true;
 }
