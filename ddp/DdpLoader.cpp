@@ -41,7 +41,7 @@ void fillTable(QStandardItemModel* table, const TrackTableRows& rows)
     }
 }
 
-LoadResult failure(ErrorKind kind, std::string message = {})
+LoadResult loadResult(ErrorKind kind, std::string message = {})
 {
     return LoadResult{kind, std::move(message)};
 }
@@ -67,12 +67,12 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
         names->cdText = reader.cdTextFileName();
     }
     if (read != ReadResult::Success)
-        return failure(errorKindForReadResult(read));
+        return loadResult(errorKindForReadResult(read));
 
     try {
         disc.cdText = CdTextReader::read(source, reader.cdTextFileName());
     } catch (const std::exception& e) {
-        return failure(ErrorKind::UnknownError, e.what());
+        return loadResult(ErrorKind::UnknownError, e.what());
     }
 
     try {
@@ -80,14 +80,14 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
         correctIsrcs(disc.entries);
         disc.rows = buildTrackTableRows(disc.entries, disc.cdText ? &*disc.cdText : nullptr);
     } catch (const std::exception& e) {
-        return failure(ErrorKind::PqdescrInvalid, e.what());
+        return loadResult(ErrorKind::PqdescrInvalid, e.what());
     }
 
     disc.imageName = reader.imageFileName();
     if (disc.imageName.empty() || !source.exists(disc.imageName))
-        return failure(ErrorKind::ImageMissing);
+        return loadResult(ErrorKind::ImageMissing);
     disc.ddpIdUpcEan = std::string(reader.idRecord().upcEan());
-    return failure(ErrorKind::NoError);
+    return loadResult(ErrorKind::NoError);
 }
 
 } // namespace
@@ -96,7 +96,7 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
                    DdpFileNames* names)
 {
     if (!table)
-        return failure(ErrorKind::UnknownError);
+        return loadResult(ErrorKind::UnknownError);
     resetTable(table);
 
     LoadedDisc disc;
@@ -104,9 +104,9 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
     try {
         result = loadDisc(source, disc, names);
     } catch (const std::exception& e) {
-        result = failure(ErrorKind::UnknownError, e.what());
+        result = loadResult(ErrorKind::UnknownError, e.what());
     } catch (...) {
-        result = failure(ErrorKind::UnknownError);
+        result = loadResult(ErrorKind::UnknownError);
     }
     if (result.kind != ErrorKind::NoError)
         return result;
@@ -123,7 +123,7 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
     } catch (const std::exception& e) {
         // Only running out of memory gets here.
         resetTable(table);
-        return failure(ErrorKind::UnknownError, e.what());
+        return loadResult(ErrorKind::UnknownError, e.what());
     }
     return result;
 }
