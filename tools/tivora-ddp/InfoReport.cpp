@@ -129,7 +129,8 @@ QByteArray infoReportText(const InfoReport& report)
             out += QStringLiteral("Genre: %1\n").arg(QString::fromStdString(record.genre));
     }
     const QString upc = QString::fromLatin1(model.ddpIdUpcEan().c_str()).trimmed();
-    if (!upc.isEmpty())
+    // Mastering tools write zeros when the disc has no code.
+    if (!upc.isEmpty() && upc != QString(upc.size(), QLatin1Char('0')))
         out += QStringLiteral("UPC/EAN: %1\n").arg(upc);
     out += QLatin1Char('\n');
 
