@@ -66,16 +66,8 @@ qint64 at(int minutes, int seconds, int frames)
 
 bool isWavOf(const QString& path, const QByteArray& expected, QString* why)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *why = path + QStringLiteral(": cannot be read");
-        return false;
-    }
-    return isWavOf(file.readAll(), expected, why);
-}
-
-bool isWavOf(const QByteArray& file, const QByteArray& expected, QString* why)
-{
+    QFile in(path);
+    const QByteArray file = in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
     auto le = [](quint32 v, int bytes) {
         QByteArray out;
         for (int i = 0; i < bytes; ++i)

@@ -32,6 +32,5 @@ qint64 at(int minutes, int seconds, int frames);
 // `expected.size()` bytes followed by exactly `expected`; else `why` says
 // what differs.
 bool isWavOf(const QString& path, const QByteArray& expected, QString* why);
-bool isWavOf(const QByteArray& file, const QByteArray& expected, QString* why);
 
 } // namespace exporttest

@@ -159,27 +159,6 @@ private slots:
         }
     }
 
-    void allTracks()
-    {
-        const QString start = path(QStringLiteral("exports"));
-        writeSetting(kDefaultExportDirKey, start);
-        const CdTextRecord record = titles({"A/B", "", "C"});
-        Answers answers;
-        answers.folder = path(QStringLiteral("exports/new disc")); // made by the flow
-        WavExport exporter(m_window, answers.dialogs());
-        QSignalSpy finished(&exporter, &WavExport::exportFinished);
-        exporter.exportAllTracks(makeModel(testbytes::simpleEntries(3, {4, 5, 6}), &record), m_ddp);
-
-        QCOMPARE(answers.asked,
-                 (QStringList{QStringLiteral("Save DDP as separated WAV files"), start}));
-        QVERIFY(m_window->findChild<QProgressBar*>()); // always, however short
-        QVERIFY(waitFor(finished));
-        QCOMPARE(QDir(answers.folder).entryList(QDir::Files, QDir::Name),
-                 (QStringList{QStringLiteral("1 - A_B.wav"), QStringLiteral("3 - C.wav"),
-                              QStringLiteral("Track 2.wav")}));
-        QCOMPARE(readSetting(kDefaultExportDirKey).toString(), start);
-    }
-
     void errorsAreShownOnce_data()
     {
         QTest::addColumn<QString>("ddp");
@@ -234,26 +213,36 @@ private slots:
         QCOMPARE(QFileInfo(answers.savePath).size(), at(0, 3, 1) + 44);
     }
 
-    void newLoadDuringExport()
+    void allTracksDuringNewLoad()
     {
         // The window replaces its model while the worker still reads the old
         // one: the worker keeps it alive and writes the old disc's tracks.
-        auto model = makeModel(thresholdDisc());
+        const QString start = path(QStringLiteral("exports"));
+        writeSetting(kDefaultExportDirKey, start);
+        const CdTextRecord record = titles({"A/B", ""});
+        auto model = makeModel(thresholdDisc(), &record);
         const std::weak_ptr<DDPModel> watch = model;
         Answers answers;
-        answers.folder = path(QStringLiteral("during load"));
+        answers.folder = path(QStringLiteral("exports/new disc")); // made by the flow
         WavExport exporter(m_window, answers.dialogs());
         QSignalSpy finished(&exporter, &WavExport::exportFinished);
         exporter.exportAllTracks(model, m_ddp);
         model.reset();
         exporter.setModel(makeModel(testbytes::simpleEntries(2, {1})));
         QVERIFY(!watch.expired());
+
+        QCOMPARE(answers.asked,
+                 (QStringList{QStringLiteral("Save DDP as separated WAV files"), start}));
+        QVERIFY(m_window->findChild<QProgressBar*>()); // always, however short the tracks
         QVERIFY(waitFor(finished));
-        QCOMPARE(QDir(answers.folder).entryList(QDir::Files).size(), 3);
+        QCOMPARE(QDir(answers.folder).entryList(QDir::Files, QDir::Name),
+                 (QStringList{QStringLiteral("1 - A_B.wav"), QStringLiteral("Track 2.wav"),
+                              QStringLiteral("Track 3.wav")}));
         QString why;
         QVERIFY2(isWavOf(answers.folder + QStringLiteral("/Track 3.wav"),
                          patternBytes(at(10, 1, 74), at(0, 3, 1)), &why),
                  qPrintable(why));
+        QCOMPARE(readSetting(kDefaultExportDirKey).toString(), start);
         QTRY_VERIFY(watch.expired()); // let go with the worker
     }
 
