@@ -112,8 +112,13 @@ CdTextRecord CdTextReader::decode(std::string_view data)
                 record.genre = checkedMapAt(genreTable(), static_cast<int>(byteAt(p, 5)));
             continue;
         }
-        unsigned track = byteAt(p, 1);
+        // Packs that carry no string (the TOC packs 0x88 and 0x89 hold binary
+        // times) are passed over whole, so their bytes cannot run on into the
+        // next string.
         const int slot = slotForPackType(type);
+        if (slot < 0 && type != kAlbumPack)
+            continue;
+        unsigned track = byteAt(p, 1);
         for (std::size_t b = 0; b < kTextBytes; ++b) {
             if (track > lastTrack)
                 break;
@@ -129,7 +134,7 @@ CdTextRecord CdTextReader::decode(std::string_view data)
                     record.doubleByte ? cp932ToUtf8(std::string_view(buffer.c_str())) : buffer;
                 if (type == kAlbumPack)
                     storeText(record.album, text);
-                else if (slot >= 0)
+                else
                     storeText(record.tracks[track][static_cast<std::size_t>(slot)], text);
             }
             ++track;

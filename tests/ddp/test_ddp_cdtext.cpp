@@ -70,6 +70,19 @@ private slots:
         QCOMPARE(r.genre, std::string("Jazz"));
     }
 
+    void binaryPacksCarryNoText()
+    {
+        // A TOC pack of binary times without a zero, between the titles and
+        // the codes, neither stores anything nor runs into the next string.
+        const std::string packs =
+            cdTextPack(0x80, 0, 0, 0, std::string("Album\0One\0", 10)) +
+            cdTextPack(0x88, 1, 1, 0, "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c") +
+            cdTextPack(0x8E, 0, 2, 0, std::string("0123456789\0", 11));
+        const CdTextRecord r = CdTextReader::decode(withSizeInfo(packs, 1));
+        QCOMPARE(title(r, 1), std::string("One"));
+        QCOMPARE(r.text(0, CdTextRecord::Code), std::string("0123456789"));
+    }
+
     void textBeyondTheLastTrackIsDropped()
     {
         Block b;
