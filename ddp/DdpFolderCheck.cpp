@@ -1,6 +1,7 @@
 #include "ddp/DdpFolderCheck.h"
 
 #include "ddp/DdpFileLookup.h"
+#include "ddp/DdpNames.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -16,8 +17,8 @@ bool hasFile(const QString& dir, const QString& name)
     return QFileInfo::exists(resolveDdpFile(dir, name));
 }
 
-const QString kDdpid = QStringLiteral("DDPID");
-const QString kDdpms = QStringLiteral("DDPMS");
+const QString kDdpid = QString::fromLatin1(kDdpidFileName);
+const QString kDdpms = QString::fromLatin1(kDdpmsFileName);
 
 } // namespace
 

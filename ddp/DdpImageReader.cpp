@@ -1,6 +1,7 @@
 #include "ddp/DdpImageReader.h"
 
 #include "ddp/DdpFileSource.h"
+#include "ddp/DdpNames.h"
 
 #include <algorithm>
 
@@ -63,12 +64,13 @@ ReadResult DdpImageReader::read(const QString& folder)
 
 ReadResult DdpImageReader::read(const IDdpFileSource& source)
 {
-    const std::optional<std::string> ddpid = source.readFileHead("DDPID", DdpIdRecord::kSize);
+    const std::optional<std::string> ddpid =
+        source.readFileHead(kDdpidFileName, DdpIdRecord::kSize);
     if (!ddpid || !startsWith(*ddpid, kDdpidTag))
         return ReadResult::DdpidUnreadable;
     m_id = DdpIdRecord::fromBytes(*ddpid);
 
-    const std::optional<std::string> ddpms = source.readFile("DDPMS");
+    const std::optional<std::string> ddpms = source.readFile(kDdpmsFileName);
     if (!ddpms || !parseMap(*ddpms, m_map))
         return ReadResult::DdpmsUnreadable;
 
