@@ -10,6 +10,5 @@ class ContextMenuEventFilter : public QObject
 public:
     explicit ContextMenuEventFilter(QObject* parent = nullptr);
 
-protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 };

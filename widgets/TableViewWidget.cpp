@@ -34,6 +34,10 @@ void makeTransparent(QWidget* widget)
 
 TableViewWidget::TableViewWidget(QWidget* parent) : QWidget(parent)
 {
+    // The signals' argument types, spelled as declared, for queued
+    // connections and signal spies.
+    qRegisterMetaType<std::int32_t>("std::int32_t");
+    qRegisterMetaType<QToolButton*>("QToolButton*");
     setupUi();
     buildOverlay();
 }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "widgets/FilterHeaderView.h"
+
 #include <QPointer>
 #include <QWidget>
 
 #include <cstdint>
 #include <memory>
 
-class FilterHeaderView;
 class IDrawInfoProvider;
 class QAbstractItemModel;
 class QLabel;

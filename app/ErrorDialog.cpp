@@ -1,0 +1,13 @@
+#include "app/ErrorDialog.h"
+
+#include "ddp/ErrorTexts.h"
+
+ErrorDialog::ErrorDialog(const LoadResult& result, QWidget* parent) : QMessageBox(parent)
+{
+    setIcon(QMessageBox::Information);
+    setWindowTitle(errorTitle(result.kind));
+    m_text = errorText(result.kind, result.message);
+    setTextFormat(Qt::RichText);
+    setText(m_text);
+    // No buttons added: QMessageBox shows its standard OK.
+}

@@ -1,0 +1,324 @@
+// The error boxes: every kind's title and text word for word, the Rescan
+// button's result line for each outcome of a fake device set-up, and the
+// audio start-up check that decides whether a box appears at all.
+
+#include "app/ErrorDialog.h"
+#include "app/ErrorDialogs.h"
+#include "app/SampleRateErrorDialog.h"
+#include "audio/IDeviceSetup.h"
+#include "widgets/Resources.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+const QString kProper = QStringLiteral(
+    "<br><br>A proper DDP must contain the following parts:<ul><li>Audio images (IMAGE "
+    "files)</li><li>DDP Identifier(DDPID)</li><li>DDP Stream descriptor(DDPMS)</li><li>Subcode "
+    "descriptor(PQDESCR)</li></ul");
+const QString kUnsupported = QStringLiteral(
+    "<br>The Korvane Tivora does not support your DDP.<br><br>Note: The Korvane Tivora is "
+    "designed to load DDPs that were created with Quorvex.");
+const QString kNotValid = QStringLiteral("The file that you have selected is not a valid DDP.");
+
+class FakeInfos : public Audio::IAudioDeviceInfos
+{
+public:
+    Audio::AudioDeviceInfo current;
+    Audio::AudioDeviceInfo currentDeviceInfo() const override { return current; }
+    unsigned deviceCount() override { return 1; }
+    Audio::AudioDeviceInfo deviceInfo(unsigned) override { return current; }
+};
+
+// Answers each rescan as told and records the device names asked for.
+class FakeDeviceSetup : public Audio::IDeviceSetup
+{
+public:
+    FakeInfos infos;
+    bool rescanResult = true;
+    LoadResult error;
+    std::vector<std::string> rescans;
+
+    FakeDeviceSetup(std::uint32_t rate = 44100)
+    {
+        infos.current.name = "Null Output";
+        infos.current.preferredSampleRate = rate;
+    }
+    bool initialize(const std::string&) override { return true; }
+    bool rescan(const std::string& name) override
+    {
+        rescans.push_back(name);
+        return rescanResult;
+    }
+    void closeStream() override {}
+    Audio::IAudioDeviceInfos& audioDeviceInfos() override { return infos; }
+    LoadResult lastError() const override { return error; }
+};
+
+struct Shown
+{
+    int count = 0;
+    QString title;
+    QString text;
+    bool critical = false;
+};
+
+// Runs `action`, closing every modal box it opens and noting what it showed.
+template <typename Action> Shown whileClosingBoxes(Action action)
+{
+    Shown shown;
+    QTimer poll;
+    poll.setInterval(10);
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            ++shown.count;
+            shown.title = box->windowTitle();
+            shown.text = box->text();
+            shown.critical = box->icon() == QMessageBox::Critical;
+            box->done(0);
+        }
+    });
+    poll.start();
+    action();
+    return shown;
+}
+
+QString resultLine(const char* colour, const QString& text)
+{
+    return QStringLiteral("<font color= \"") + QLatin1String(colour) + QStringLiteral("\">") +
+           text + QStringLiteral("</font>");
+}
+
+} // namespace
+
+class TestErrorDialogs : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { initResources(); }
+
+    void titleAndTextOfEveryKind_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("0")
+            << 0 << QString() << "Audio Device Sample Rate Not Recommended"
+            << "Your audio device is running with a sample rate that is not recommended for "
+               "Tivora. <br><br>Set the sample rate of your audio device to <b>16 bit, 44100 Hz "
+               "(CD Quality)</b>, and click <b>Rescan</b>. Otherwise a samplerate conversion is "
+               "done during playback. To select another audio device in Tivora, open the Tivora "
+               "menu and select the audio device from the <b>Devices</b> menu.<br><br>";
+        QTest::newRow("1")
+            << 1 << QString() << "Audio Device Sample Rate Not Compatible"
+            << "Your audio device runs with a sample rate that is not compatible with Tivora. "
+               "<br><br>Set the sample rate of your audio device to <b>16 bit, 44100 Hz (CD "
+               "Quality)</b> and click <b>Rescan</b>. To change the sample rate of your audio "
+               "device, open the Control Panel in Windows and select <b>Sound > Properties > "
+               "Advanced > Default Format</b>. <br><br>To select another audio device in Tivora, "
+               "open the Tivora menu and select it from the <b>Devices</b> menu.<br><br>";
+        QTest::newRow("2")
+            << 2 << QString() << "Audio Device Channel Configuration Not Compatible"
+            << "The channel configuration of your audio device is not compatible with Tivora. "
+               "Change your audio device settings to at least stereo and click <b>Rescan</b>. To "
+               "select another audio device in Tivora, open the Tivora menu and select the audio "
+               "device from the <b>Devices</b> menu.<br>";
+        const QString engine = QStringLiteral(
+            "Tivora experienced an error while initializing the audio engine. <br></br> Make sure "
+            "to select an audio device that supports the recommend sample rate of <b>16 bit, "
+            "44100 Hz (CD Quality)</b>. <br></br><br></br> Message: ");
+        QTest::newRow("3 with message")
+            << 3 << "RtApiPulse: no device"
+            << "Unknown Audio Engine Error" << engine + "RtApiPulse: no device";
+        QTest::newRow("3 empty message")
+            << 3 << QString() << "Unknown Audio Engine Error" << engine;
+        QTest::newRow("4") << 4 << QString() << "Invalid Path"
+                           << "The directory you selected does not exist. Please make sure you "
+                              "created and selected a proper directory. Please make also sure to "
+                              "hit return, if you created a new folder or renamed it.";
+        QTest::newRow("5") << 5 << QString() << "No DDP Selected" << kNotValid + kProper;
+        QTest::newRow("6") << 6 << QString() << "No DDP Selected" << kNotValid + kProper;
+        QTest::newRow("7") << 7 << QString() << "IMAGE Missing"
+                           << "Tivora cannot find the IMAGE file." + kProper + kUnsupported;
+        QTest::newRow("8") << 8 << QString() << "DDPID Invalid"
+                           << "Tivora cannot read the DDPID file." + kProper + kUnsupported;
+        QTest::newRow("9") << 9 << QString() << "DDPMS Invalid"
+                           << "Tivora cannot read the DDPMS file." + kProper + kUnsupported;
+        QTest::newRow("10") << 10 << QString() << "PQDESCR Invalid"
+                            << "Tivora cannot read the PQ DESCR file." + kProper + kUnsupported;
+        QTest::newRow("11") << 11 << QString() << "Unknown Error"
+                            << "Tivora went into unknown issues." + kProper;
+        QTest::newRow("12") << 12 << QString() << QString() << QString();
+        QTest::newRow("13") << 13 << QString() << QString() << QString();
+    }
+
+    void titleAndTextOfEveryKind()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, message);
+        QFETCH(QString, title);
+        QFETCH(QString, text);
+        const LoadResult result{ErrorKind(kind), message.toStdString()};
+        ErrorDialog dialog(result);
+        QCOMPARE(dialog.windowTitle(), title);
+        QCOMPARE(dialog.text(), text);
+        QCOMPARE(dialog.icon(), QMessageBox::Information);
+
+        FakeDeviceSetup setup;
+        SampleRateErrorDialog audio(result, setup);
+        QCOMPARE(audio.windowTitle(), title);
+        QCOMPARE(audio.text(), text);
+        QCOMPARE(audio.icon(), QMessageBox::Critical);
+    }
+
+    void rescanButtonKeepsTheBoxOpen()
+    {
+        FakeDeviceSetup setup;
+        SampleRateErrorDialog dialog(LoadResult{ErrorKind::SampleRateNotCompatible, {}}, setup);
+        QCOMPARE(dialog.buttons().size(), 2);
+        QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
+        QCOMPARE(dialog.buttonRole(dialog.okButton()), QMessageBox::AcceptRole);
+        QCOMPARE(dialog.rescanButton()->text(), QStringLiteral("Rescan"));
+        QCOMPARE(dialog.buttonRole(dialog.rescanButton()), QMessageBox::NoRole);
+        QCOMPARE(dialog.rescanButton()->toolTip(),
+                 QStringLiteral("<font>Rescans the audio devices. Click this button if you "
+                                "changed the settings of your audio device or if you specified "
+                                "a new default audio device.</font>"));
+
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        QTest::mouseClick(dialog.rescanButton(), Qt::LeftButton);
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(setup.rescans, std::vector<std::string>{"Null Output"});
+        QTest::mouseClick(dialog.okButton(), Qt::LeftButton);
+        QVERIFY(!dialog.isVisible());
+    }
+
+    void rescanResultLine_data()
+    {
+        QTest::addColumn<bool>("succeeds");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("errorKind");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("usable at 44100")
+            << true << 44100 << 12
+            << resultLine("#3d8639", "Rescan successful! The device can be used now.");
+        QTest::newRow("usable at 48000")
+            << true << 48000 << 12
+            << resultLine("#808000", "Rescan successful! The device can be used now but runs with "
+                                     "a sample rate that is not recommended (48000 Hz).");
+        QTest::newRow("failed: sample rate")
+            << false << 0 << 1
+            << resultLine("#863d39",
+                          "The sample rate of your audio device is not set to 44100 Hz.");
+        QTest::newRow("failed: channels")
+            << false << 0 << 2
+            << resultLine("#863d39",
+                          "The channel configuration of your audio device is not compatible.");
+        QTest::newRow("failed: other")
+            << false << 0 << 3 << resultLine("#863d39", "Unexpected error with your audio device.");
+        QTest::newRow("failed: no kind to tell") << false << 0 << 12 << QString();
+    }
+
+    void rescanResultLine()
+    {
+        QFETCH(bool, succeeds);
+        QFETCH(int, rate);
+        QFETCH(int, errorKind);
+        QFETCH(QString, line);
+        FakeDeviceSetup setup{std::uint32_t(rate)};
+        setup.rescanResult = succeeds;
+        setup.error = LoadResult{ErrorKind(errorKind), "engine says no"};
+        SampleRateErrorDialog dialog(LoadResult{ErrorKind::SampleRateNotRecommended, {}}, setup);
+        const QString built = dialog.text();
+
+        // Twice: the line is replaced, never stacked.
+        dialog.rescanButton()->click();
+        dialog.rescanButton()->click();
+        QCOMPARE(dialog.text(), built + line);
+    }
+
+    void aLaterRescanReplacesAnEarlierOutcome()
+    {
+        FakeDeviceSetup setup;
+        setup.rescanResult = false;
+        setup.error = LoadResult{ErrorKind::ChannelConfigurationNotCompatible, {}};
+        SampleRateErrorDialog dialog(LoadResult{ErrorKind::ChannelConfigurationNotCompatible, {}},
+                                     setup);
+        const QString built = dialog.text();
+        dialog.rescan();
+        setup.rescanResult = true;
+        dialog.rescan();
+        QCOMPARE(dialog.text(),
+                 built + resultLine("#3d8639", "Rescan successful! The device can be used now."));
+    }
+
+    void audioStartupCheck_data()
+    {
+        QTest::addColumn<bool>("succeeded");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("errorKind");
+        QTest::addColumn<QString>("title"); // empty: no box
+        QTest::newRow("ok at 44100") << true << 44100 << 12 << QString();
+        QTest::newRow("ok at 48000")
+            << true << 48000 << 12 << "Audio Device Sample Rate Not Recommended";
+        QTest::newRow("sample rate")
+            << false << 0 << 1 << "Audio Device Sample Rate Not Compatible";
+        QTest::newRow("channels") << false << 0 << 2
+                                  << "Audio Device Channel Configuration Not Compatible";
+        QTest::newRow("engine") << false << 0 << 3 << "Unknown Audio Engine Error";
+        QTest::newRow("other kind") << false << 0 << 7 << QString();
+    }
+
+    void audioStartupCheck()
+    {
+        QFETCH(bool, succeeded);
+        QFETCH(int, rate);
+        QFETCH(int, errorKind);
+        QFETCH(QString, title);
+        FakeDeviceSetup setup{std::uint32_t(rate)};
+        setup.error = LoadResult{ErrorKind(errorKind), "device vanished"};
+        QWidget window;
+        const Shown shown =
+            whileClosingBoxes([&] { checkAudioStartup(succeeded, setup, &window); });
+        QCOMPARE(shown.count, title.isEmpty() ? 0 : 1);
+        if (title.isEmpty())
+            return;
+        QCOMPARE(shown.title, title);
+        // Every audio problem goes through the box with Rescan.
+        QVERIFY(shown.critical);
+        // Only the engine error carries its message.
+        QCOMPARE(shown.text.endsWith(QStringLiteral("Message: device vanished")), errorKind == 3);
+    }
+
+    void showFunctions()
+    {
+        QWidget window;
+        Shown shown = whileClosingBoxes([&] { showError(ErrorKind::DdpidMissing, &window); });
+        QCOMPARE(shown.count, 1);
+        QCOMPARE(shown.title, QStringLiteral("No DDP Selected"));
+        QVERIFY(!shown.critical);
+
+        shown = whileClosingBoxes([&] {
+            showError(LoadResult{ErrorKind::ImageMissing, {}}, &window);
+        });
+        QCOMPARE(shown.title, QStringLiteral("IMAGE Missing"));
+
+        // No window, no box.
+        FakeDeviceSetup setup(48000);
+        shown = whileClosingBoxes([&] {
+            showError(ErrorKind::InvalidPath, nullptr);
+            showAudioError(LoadResult{ErrorKind::SampleRateNotCompatible, {}}, setup, nullptr);
+            checkAudioStartup(true, setup, nullptr);
+        });
+        QCOMPARE(shown.count, 0);
+    }
+};
+
+QTEST_MAIN(TestErrorDialogs)
+#include "test_error_dialogs.moc"

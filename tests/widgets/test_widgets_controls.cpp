@@ -1,0 +1,324 @@
+// The small widgets: seek slider click mapping, clickable labels, the
+// initial texts, the info box's values, the font table, the pixmap
+// routines, the compiled-in resources and the about dialog.
+
+#include "ddp/DDPModel.h"
+#include "widgets/AboutDialog.h"
+#include "widgets/ClickableLabel.h"
+#include "widgets/ContextMenuEventFilter.h"
+#include "widgets/FontTable.h"
+#include "widgets/InfoBoxWidget.h"
+#include "widgets/PixmapRoutines.h"
+#include "widgets/Resources.h"
+#include "widgets/SeekSlider.h"
+#include "widgets/TimeWidget.h"
+#include "widgets/ToolTipWidget.h"
+#include "widgets/TransportButton.h"
+#include "widgets/TransportWidget.h"
+#include "widgets/VolumeSliderWidget.h"
+
+#include <QContextMenuEvent>
+#include <QFile>
+#include <QIcon>
+#include <QLabel>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QStandardItemModel>
+#include <QTest>
+#include <QToolButton>
+
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+PqEntry entryWithUpc(const char* upc)
+{
+    PqEntry e;
+    e.bytes.fill(' ');
+    const std::string code(upc);
+    std::copy(code.begin(), code.end(), e.bytes.begin() + 32);
+    return e;
+}
+
+CdTextRecord albumText(const char* title, const char* performer, const char* code)
+{
+    CdTextRecord record;
+    record.tracks.resize(2);
+    auto put = [](CdTextRecord::Slot& slot, const char* text) {
+        slot.fill(0);
+        std::copy(text, text + std::strlen(text), slot.begin());
+    };
+    put(record.tracks[0][CdTextRecord::Title], title);
+    put(record.tracks[0][CdTextRecord::Performer], performer);
+    put(record.tracks[0][CdTextRecord::Code], code);
+    return record;
+}
+
+} // namespace
+
+class TestControls : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { initResources(); }
+
+    void seekSliderJumpsToTheClick_data()
+    {
+        QTest::addColumn<int>("x");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("x = 0: minimum") << 0 << 0;
+        QTest::newRow("middle") << 200 << 5000;
+        QTest::newRow("quarter, truncated") << 101 << 2525;
+        QTest::newRow("right edge: maximum") << 400 << 10000;
+    }
+
+    void seekSliderJumpsToTheClick()
+    {
+        QFETCH(int, x);
+        QFETCH(int, expected);
+        SeekSlider slider(Qt::Horizontal);
+        slider.setRange(0, 10000);
+        slider.resize(400, 14);
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(x, 7), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(&slider, &press);
+        QCOMPARE(slider.value(), expected);
+        // Down from press to release, so the window leaves it alone meanwhile.
+        QVERIFY(slider.isSliderDown());
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(x, 7), Qt::LeftButton, Qt::NoButton,
+                            Qt::NoModifier);
+        QCoreApplication::sendEvent(&slider, &release);
+        QVERIFY(!slider.isSliderDown());
+        QCOMPARE(slider.value(), expected);
+    }
+
+    void seekSliderVerticalAndOtherButtons()
+    {
+        SeekSlider vertical(Qt::Vertical);
+        vertical.setRange(-100, 100);
+        vertical.resize(14, 200);
+        QCOMPARE(vertical.valueAt(QPoint(7, 200)), -100);
+        QCOMPARE(vertical.valueAt(QPoint(7, 0)), 100);
+        QCOMPARE(vertical.valueAt(QPoint(7, 50)), 50);
+
+        SeekSlider slider(Qt::Horizontal);
+        slider.setRange(0, 10000);
+        slider.resize(400, 14);
+        slider.setValue(1234);
+        QMouseEvent press(QEvent::MouseButtonPress, QPointF(300, 7), Qt::RightButton,
+                          Qt::RightButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&slider, &press);
+        QVERIFY(slider.isSliderDown());
+        QCOMPARE(slider.value(), 1234);
+    }
+
+    void clickableLabelAnyButton()
+    {
+        ClickableLabel label;
+        QSignalSpy clicked(&label, &ClickableLabel::clicked);
+        QTest::mousePress(&label, Qt::LeftButton);
+        QTest::mousePress(&label, Qt::RightButton);
+        QTest::mousePress(&label, Qt::MiddleButton);
+        QCOMPARE(clicked.size(), 3);
+    }
+
+    void initialTextsNamesAndSizes()
+    {
+        TimeWidget time;
+        QCOMPARE(time.objectName(), QStringLiteral("TimeWidget"));
+        QCOMPARE(time.trackLabel()->text(), QStringLiteral("01"));
+        QCOMPARE(time.timeLabel()->text(), QStringLiteral("00:00"));
+        QCOMPARE(time.cdTimeLabel()->text(), QStringLiteral("00:00"));
+        QCOMPARE(time.findChild<QLabel*>(QStringLiteral("cdTimeCaptionLabel"))->text(),
+                 QStringLiteral("CD TIME"));
+        QCOMPARE(time.seekSlider()->objectName(), QStringLiteral("seekslider"));
+        QCOMPARE(time.seekSlider()->minimumHeight(), 14);
+        QCOMPARE(time.seekSlider()->maximumHeight(), 14);
+        time.setTrackTime(3725);
+        time.setCdTime(59);
+        time.setTrackNumber(7);
+        QCOMPARE(time.timeLabel()->text(), QStringLiteral("62:05"));
+        QCOMPARE(time.cdTimeLabel()->text(), QStringLiteral("00:59"));
+        QCOMPARE(time.trackLabel()->text(), QStringLiteral("07"));
+
+        VolumeSliderWidget volume;
+        QCOMPARE(volume.dBValueLabel()->text(), QStringLiteral("0 dB"));
+        QCOMPARE(volume.volumeValueLabel()->text(), QStringLiteral("100 %"));
+        QCOMPARE(volume.volumeSlider()->maximum(), 10000);
+        QCOMPARE(volume.volumeSlider()->value(), 10000);
+        volume.setDisplayedValue(4567);
+        QCOMPARE(volume.volumeValueLabel()->text(), QStringLiteral("45 %"));
+
+        TransportWidget transport;
+        const char* names[] = {"backButton", "nextButton", "stopButton", "playButton"};
+        const QList<TransportButton*> buttons = transport.findChildren<TransportButton*>();
+        QCOMPARE(buttons.size(), 4);
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(buttons.at(i)->objectName(), QString::fromLatin1(names[i]));
+            QCOMPARE(buttons.at(i)->minimumSize(), QSize(30, 30));
+            QCOMPARE(buttons.at(i)->maximumSize(), QSize(30, 30));
+            QVERIFY(!buttons.at(i)->icon().isNull());
+        }
+        QCOMPARE(transport.playButton()->toolTip(), QStringLiteral("Start playback from cursor"));
+    }
+
+    void infoBoxValues()
+    {
+        InfoBoxWidget box;
+        QCOMPARE(box.artistLabel()->text(), QStringLiteral("-"));
+
+        // Without CD-Text: the first non-blank UPC/EAN of the PQ entries
+        // (the lead-in entry on real discs), else the DDPID's.
+        DDPModel plain;
+        plain.setEntries({entryWithUpc("             "), entryWithUpc("4006381333931")});
+        plain.setDdpIdUpcEan("1111111111111");
+        box.setModel(plain);
+        QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("4006381333931"));
+        QCOMPARE(box.artistLabel()->text(), QStringLiteral("-"));
+        QCOMPARE(box.albumLabel()->text(), QStringLiteral("-"));
+
+        DDPModel ddpIdOnly;
+        ddpIdOnly.setEntries({entryWithUpc("             ")});
+        ddpIdOnly.setDdpIdUpcEan("1111111111111");
+        box.setModel(ddpIdOnly);
+        QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("1111111111111"));
+
+        DDPModel nothing;
+        box.setModel(nothing);
+        QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("-"));
+
+        // With CD-Text: the album record's performer, title and code.
+        DDPModel withText;
+        withText.setCdText(albumText("Night Drive", "The Quiet Ones", "0724384960650"));
+        withText.setEntries({entryWithUpc("4006381333931")});
+        box.setModel(withText);
+        QCOMPARE(box.artistLabel()->text(), QStringLiteral("The Quiet Ones"));
+        QCOMPARE(box.albumLabel()->text(), QStringLiteral("Night Drive"));
+        QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("0724384960650"));
+
+        // A blank album code falls back to the PQ entries; blank strings read "-".
+        DDPModel blankCode;
+        blankCode.setCdText(albumText("", "Solo", ""));
+        blankCode.setEntries({entryWithUpc("4006381333931")});
+        box.setModel(blankCode);
+        QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("4006381333931"));
+        QCOMPARE(box.albumLabel()->text(), QStringLiteral("-"));
+    }
+
+    void fontTable()
+    {
+        QCOMPARE(FontTable::font(0).pointSize(), 7);
+        QCOMPARE(FontTable::font(3).pointSize(), 11);
+        QCOMPARE(FontTable::font(2).family(), QStringLiteral("Arial"));
+        QVERIFY(FontTable::font(1, true).bold());
+        QVERIFY(!FontTable::font(1).bold()); // a copy: the table is not changed
+        try {
+            FontTable::font(4);
+            QFAIL("key 4 must not exist");
+        } catch (const std::out_of_range& e) {
+            QCOMPARE(QString::fromLatin1(e.what()), QStringLiteral("invalid map<K, T> key"));
+        }
+    }
+
+    void everyResourceNameResolves()
+    {
+        const char* names[] = {
+            ":menu_icon",     ":/open_icon",       ":track_icon",    ":rest_icon",
+            ":/play_icon",    ":about_dialog",     ":minimize_icon", ":close_icon",
+            ":/devices_icon", ":/attributes_icon", ":save_icon",     ":/about_icon",
+            ":info_icon",     ":/back_icon",       ":/next_icon",    ":/stop_icon"};
+        for (const char* name : names) {
+            const QString path = QString::fromLatin1(name);
+            QVERIFY2(QFile::exists(path), name);
+            const QPixmap pm = QIcon(path).pixmap(QSize(32, 32));
+            QVERIFY2(!pm.isNull(), name);
+        }
+    }
+
+    void pixmapRoutines()
+    {
+        const QPixmap save = renderIcon(QStringLiteral(":save_icon"), QSize(38, 38));
+        QCOMPARE(save.size(), QSize(38, 38));
+        const QPixmap tinted = tintPixmap(save, QColor(109, 109, 109));
+        const QImage before = save.toImage();
+        const QImage after = tinted.toImage();
+        int opaque = 0;
+        for (int y = 0; y < 38; ++y) {
+            for (int x = 0; x < 38; ++x) {
+                const QColor a = before.pixelColor(x, y);
+                const QColor b = after.pixelColor(x, y);
+                QCOMPARE(b.alpha(), a.alpha());
+                if (b.alpha() == 255) {
+                    ++opaque;
+                    QCOMPARE(b.rgb(), QColor(109, 109, 109).rgb());
+                }
+            }
+        }
+        QVERIFY(opaque > 20);
+        QVERIFY(renderIcon(QStringLiteral(":no_such_icon"), QSize(8, 8))
+                    .toImage()
+                    .pixelColor(4, 4)
+                    .alpha() == 0);
+    }
+
+    void aboutDialog()
+    {
+        QWidget window;
+        window.setGeometry(300, 200, 800, 600);
+        AboutDialog dialog(&window);
+        QCOMPARE(dialog.versionLabel()->text(), QStringLiteral("Tivora 1.5.0 (build 18)"));
+        QCOMPARE(dialog.size(), QSize(450, 400));
+        QVERIFY(dialog.windowFlags() & Qt::FramelessWindowHint);
+        QCOMPARE(dialog.closeButton()->geometry(), QRect(449 - 20, 5, 20, 20));
+        QCOMPARE(dialog.versionLabel()->x(), 5);
+        QCOMPARE(dialog.versionLabel()->geometry().bottom(), 399);
+        const QPoint centre = window.mapToGlobal(window.rect().center());
+        QCOMPARE(dialog.pos(), QPoint(centre.x() - 225, centre.y() - 200));
+        dialog.show();
+        QVERIFY(dialog.isVisible());
+        dialog.closeButton()->click();
+        QVERIFY(!dialog.isVisible());
+    }
+
+    void rowPopupListsEveryValue()
+    {
+        QStandardItemModel model(2, 4);
+        model.setHorizontalHeaderLabels({QStringLiteral("Type"), QStringLiteral("Track"),
+                                         QStringLiteral("Title"), QStringLiteral("ISRC")});
+        model.setItem(1, 1, new QStandardItem(QStringLiteral("02")));
+        model.setItem(1, 2, new QStandardItem(QStringLiteral("Second")));
+        QToolButton anchor;
+        anchor.setCheckable(true);
+        anchor.setChecked(true);
+        auto* popup = new ToolTipWidget(&model, 1, nullptr, &anchor);
+        const QList<QPair<QString, QString>> expected{
+            {QStringLiteral("Track"), QStringLiteral("02")},
+            {QStringLiteral("Title"), QStringLiteral("Second")},
+            {QStringLiteral("ISRC"), QStringLiteral("-")}};
+        QCOMPARE(popup->rows(), expected);
+        QVERIFY(popup->windowFlags() & Qt::Popup);
+        popup->showAt(QPoint(10, 10));
+        popup->close();
+        QVERIFY(!anchor.isChecked());
+        // A row that does not exist shows nothing rather than failing.
+        ToolTipWidget none(&model, 9);
+        QVERIFY(none.rows().isEmpty());
+    }
+
+    void contextMenuEventsAreSwallowed()
+    {
+        QLabel target;
+        ContextMenuEventFilter filter;
+        target.installEventFilter(&filter);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(1, 1));
+        QVERIFY(filter.eventFilter(&target, &event));
+        QMouseEvent other(QEvent::MouseButtonPress, QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QVERIFY(!filter.eventFilter(&target, &other));
+    }
+};
+
+QTEST_MAIN(TestControls)
+#include "test_widgets_controls.moc"

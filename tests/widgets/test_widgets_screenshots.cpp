@@ -1,0 +1,282 @@
+// Not a check but a look: writes PNG screenshots of the presentation layer,
+// styled as the program runs, into <build>/screenshots for a person to judge
+// (the table with a generated disc loaded, the meters at several levels, the
+// control widgets, the row popup and both error boxes). It fails only when
+// something cannot be rendered or written.
+
+#include "app/ErrorDialog.h"
+#include "app/MenuBar.h"
+#include "app/SampleRateErrorDialog.h"
+#include "audio/IDeviceSetup.h"
+#include "ddp/DDPModel.h"
+#include "ddp/DdpLoader.h"
+#include "tools/mkddp/Mkddp.h"
+#include "widgets/AboutDialog.h"
+#include "widgets/AttributesMenu.h"
+#include "widgets/CellDelegate.h"
+#include "widgets/CentralWidget.h"
+#include "widgets/ContentWidget.h"
+#include "widgets/ControlSectionWidget.h"
+#include "widgets/CustomStyle.h"
+#include "widgets/InfoBoxWidget.h"
+#include "widgets/LevelMeterWidget.h"
+#include "widgets/MeterNumericalDisplayWidget.h"
+#include "widgets/MeterSectionWidget.h"
+#include "widgets/Resources.h"
+#include "widgets/SeekSlider.h"
+#include "widgets/TableViewWidget.h"
+#include "widgets/TimeWidget.h"
+#include "widgets/ToolTipWidget.h"
+#include "widgets/VolumeSliderWidget.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QSlider>
+#include <QSortFilterProxyModel>
+#include <QStandardItemModel>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <cmath>
+
+namespace {
+
+class FakeInfos : public Audio::IAudioDeviceInfos
+{
+public:
+    Audio::AudioDeviceInfo current;
+    Audio::AudioDeviceInfo currentDeviceInfo() const override { return current; }
+    unsigned deviceCount() override { return 1; }
+    Audio::AudioDeviceInfo deviceInfo(unsigned) override { return current; }
+};
+
+class FakeDeviceSetup : public Audio::IDeviceSetup
+{
+public:
+    FakeInfos infos;
+    FakeDeviceSetup() { infos.current.preferredSampleRate = 48000; }
+    bool initialize(const std::string&) override { return true; }
+    bool rescan(const std::string&) override { return true; }
+    void closeStream() override {}
+    Audio::IAudioDeviceInfos& audioDeviceInfos() override { return infos; }
+    LoadResult lastError() const override { return {}; }
+};
+
+float fromDb(double db)
+{
+    return float(std::pow(10.0, db / 20.0));
+}
+
+// The window's parts as the main window stacks them.
+struct MockWindow
+{
+    CentralWidget central;
+    MenuBar* menuBar;
+    TableViewWidget* table;
+    InfoBoxWidget* infoBox;
+    MeterSectionWidget* meters;
+    ControlSectionWidget* controls;
+
+    MockWindow()
+    {
+        auto* layout = new QVBoxLayout(&central);
+        layout->setContentsMargins(1, 1, 1, 1);
+        layout->setSpacing(0);
+        menuBar = new MenuBar(&central);
+        layout->addWidget(menuBar);
+        auto* content = new ContentWidget(&central);
+        auto* contentLayout = new QVBoxLayout(content);
+        contentLayout->setContentsMargins(1, 1, 1, 1);
+        table = new TableViewWidget(content);
+        table->setObjectName(QStringLiteral("tableViewWidget"));
+        contentLayout->addWidget(table);
+        layout->addWidget(content, 1);
+        infoBox = new InfoBoxWidget(&central);
+        infoBox->setObjectName(QStringLiteral("infoBox"));
+        layout->addWidget(infoBox);
+        meters = new MeterSectionWidget(&central);
+        layout->addWidget(meters);
+        controls = new ControlSectionWidget(&central);
+        layout->addWidget(controls);
+    }
+};
+
+} // namespace
+
+class Screenshots : public QObject
+{
+    Q_OBJECT
+
+    QString m_folder;
+    QTemporaryDir m_discDir;
+    QStandardItemModel m_table;
+    std::shared_ptr<DDPModel> m_model = std::make_shared<DDPModel>();
+
+    void save(QWidget& widget, const QString& name)
+    {
+        const QPixmap shot = widget.grab();
+        QVERIFY2(!shot.isNull(), qPrintable(name));
+        QVERIFY2(shot.save(m_folder + QLatin1Char('/') + name + QStringLiteral(".png")),
+                 qPrintable(name));
+    }
+
+    void loadInto(MockWindow& window)
+    {
+        window.table->installModel(&m_table, m_model);
+        window.table->tableView()->setItemDelegate(new CellDelegate(m_model, window.table));
+        window.infoBox->setModel(*m_model);
+    }
+
+    void setLevels(MeterSectionWidget& meters, double peakDb, double rmsDb, int ticks = 3)
+    {
+        const MeterInfo info{fromDb(rmsDb), fromDb(rmsDb - 1.5), fromDb(peakDb),
+                             fromDb(peakDb - 2.0)};
+        meters.levelMeter()->setState(0);
+        for (int i = 0; i < ticks; ++i) {
+            meters.levelChanged(info);
+            meters.levelMeter()->redrawTimerExpired();
+        }
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        initResources();
+        QApplication::setStyle(new CustomStyle);
+        QApplication::setPalette(CustomStyle::darkPalette());
+        const QByteArray binary = qgetenv("TIVORA_BINARY_DIR");
+        m_folder = (binary.isEmpty() ? QDir::currentPath() : QString::fromLocal8Bit(binary)) +
+                   QStringLiteral("/screenshots");
+        QVERIFY(QDir().mkpath(m_folder));
+
+        QVERIFY(m_discDir.isValid());
+        QString error;
+        QVERIFY2(mkddp::writeDisc(mkddp::realisticDisc(), m_discDir.path(), &error),
+                 qPrintable(error));
+        const LoadResult result = loadDdp(m_discDir.path(), &m_table, *m_model);
+        QCOMPARE(int(result.kind), int(ErrorKind::NoError));
+        m_model->setCurrentRow(3);
+    }
+
+    void emptyWindow()
+    {
+        MockWindow window;
+        window.central.resize(466, 702);
+        window.central.show();
+        QTest::qWait(1100); // the overlay's fade
+        save(window.central, QStringLiteral("window-empty"));
+    }
+
+    void loadedWindow()
+    {
+        for (const QSize size : {QSize(466, 702), QSize(1180, 720)}) {
+            MockWindow window;
+            window.central.resize(size);
+            loadInto(window);
+            setLevels(*window.meters, -3.2, -14.0);
+            window.controls->timeWidget()->setTrackNumber(3);
+            window.controls->timeWidget()->setTrackTime(17);
+            window.controls->timeWidget()->setCdTime(96);
+            window.controls->timeWidget()->seekSlider()->setMaximum(10000);
+            window.controls->timeWidget()->seekSlider()->setValue(5900);
+            window.controls->volumeSliderWidget()->volumeSlider()->setValue(7079);
+            window.controls->volumeSliderWidget()->setDisplayedValue(7079);
+            window.controls->volumeSliderWidget()->dBValueLabel()->setText(
+                QStringLiteral("-3.0 dB"));
+            window.table->tableView()->selectRow(5);
+            window.central.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window.central));
+            save(window.central, QStringLiteral("window-loaded-%1").arg(size.width()));
+            save(*window.table, QStringLiteral("table-%1").arg(size.width()));
+        }
+    }
+
+    void meterLevels()
+    {
+        const struct
+        {
+            const char* name;
+            double peak, rms;
+        } levels[] = {{"silence", -200, -200},
+                      {"quiet", -40, -52},
+                      {"moderate", -12, -22},
+                      {"loud", -1.0, -9.0},
+                      {"full-scale", 0, -3}};
+        for (const auto& l : levels) {
+            MeterSectionWidget meters;
+            meters.resize(466, 62);
+            setLevels(meters, l.peak, l.rms);
+            save(meters, QStringLiteral("meters-%1").arg(QLatin1String(l.name)));
+        }
+        // A falling peak with its hold marker left behind.
+        MeterSectionWidget meters;
+        meters.resize(700, 62);
+        setLevels(meters, -2.0, -12.0);
+        meters.levelChanged(MeterInfo{fromDb(-30), fromDb(-30), fromDb(-24), fromDb(-26)});
+        for (int i = 0; i < 30; ++i)
+            meters.levelMeter()->redrawTimerExpired();
+        save(meters, QStringLiteral("meters-falling-wide"));
+    }
+
+    void controlWidgets()
+    {
+        ControlSectionWidget controls;
+        controls.resize(466, 140);
+        save(controls, QStringLiteral("controls-initial"));
+    }
+
+    void rowPopupAndMenu()
+    {
+        MockWindow window;
+        window.central.resize(900, 702);
+        loadInto(window);
+        window.central.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window.central));
+        ToolTipWidget popup(window.table->proxyModel(), 3, nullptr);
+        popup.show();
+        save(popup, QStringLiteral("row-popup"));
+        popup.hide();
+
+        AttributesMenu menu(trackTableHeaderNames(), window.table->tableView());
+        window.table->hideColumn(9);
+        menu.synchronize();
+        menu.popup(QPoint(10, 10));
+        QVERIFY(QTest::qWaitForWindowExposed(&menu));
+        save(menu, QStringLiteral("attributes-menu"));
+        menu.close();
+    }
+
+    void dialogs()
+    {
+        QWidget parent;
+        parent.resize(800, 700);
+        AboutDialog about(&parent);
+        about.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&about));
+        save(about, QStringLiteral("about-dialog"));
+
+        ErrorDialog error(LoadResult{ErrorKind::ImageMissing, {}}, &parent);
+        error.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&error));
+        save(error, QStringLiteral("error-dialog"));
+
+        FakeDeviceSetup setup;
+        SampleRateErrorDialog audio(LoadResult{ErrorKind::SampleRateNotRecommended, {}}, setup,
+                                    &parent);
+        audio.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&audio));
+        audio.rescan();
+        QTest::qWait(50);
+        save(audio, QStringLiteral("audio-error-dialog"));
+    }
+};
+
+QTEST_MAIN(Screenshots)
+#include "test_widgets_screenshots.moc"
