@@ -140,6 +140,32 @@ private slots:
         }
     }
 
+    void modelServesThePlayerAndTheViews()
+    {
+        QStandardItemModel table;
+        DDPModel hidden;
+        QCOMPARE(loadDdp(memorySource(soundFiles()), &table, hidden).kind, ErrorKind::NoError);
+        QVERIFY(!hidden.isFirstRowPause()); // the 2 s pause has no row
+        DDPModel shown;
+        QCOMPARE(loadDdp(memoryDisc(simpleEntries(4, {60})), &table, shown).kind,
+                 ErrorKind::NoError);
+        QVERIFY(shown.isFirstRowPause());
+        QVERIFY_EXCEPTION_THROWN(DDPModel().isFirstRowPause(), std::out_of_range);
+
+        // The listener hears every change of the playing flag; a new one
+        // replaces the old.
+        QList<bool> first, second;
+        shown.setPlayingListener([&](bool playing) { first << playing; });
+        shown.setPlaying(true);
+        shown.setPlayingListener([&](bool playing) { second << playing; });
+        shown.setPlaying(false);
+        QCOMPARE(first, QList<bool>{true});
+        QCOMPARE(second, QList<bool>{false});
+        QVERIFY(!shown.isPlaying());
+        QCOMPARE(shown.currentRow(), -1);
+        QCOMPARE(shown.firstTrackNumber(), 1u);
+    }
+
     void noTableIsAnUnknownError()
     {
         DDPModel model;
