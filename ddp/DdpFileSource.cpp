@@ -24,11 +24,6 @@ QString FolderFileSource::path(const std::string& name) const
     return resolveDdpFile(m_folder, ddpFileNameFromBytes(name));
 }
 
-QString FolderFileSource::describe(const std::string& name) const
-{
-    return path(name);
-}
-
 namespace {
 
 // Opens a regular file for reading; an empty name would be the folder itself,
@@ -103,9 +98,4 @@ std::optional<std::string> MemoryFileSource::readFile(const std::string& name) c
 bool MemoryFileSource::exists(const std::string& name) const
 {
     return find(name) != nullptr;
-}
-
-QString MemoryFileSource::describe(const std::string& name) const
-{
-    return ddpFileNameFromBytes(name);
 }

@@ -23,8 +23,6 @@ public:
     // Whether the named file exists (used for the audio image, which the
     // loader never reads).
     virtual bool exists(const std::string& name) const = 0;
-    // For messages and for `tivora-ddp info`: where a name would be looked for.
-    virtual QString describe(const std::string& name) const = 0;
 };
 
 // The files of a DDP folder on disk. Names are the map's byte strings, cut at
@@ -38,7 +36,7 @@ public:
     std::optional<std::string> readFileHead(const std::string& name,
                                             std::size_t maxBytes) const override;
     bool exists(const std::string& name) const override;
-    QString describe(const std::string& name) const override;
+    // Where a name is looked for: the resolved path in the folder.
     QString path(const std::string& name) const;
 
 private:
@@ -53,7 +51,6 @@ public:
     void setFile(const std::string& name, std::string content);
     std::optional<std::string> readFile(const std::string& name) const override;
     bool exists(const std::string& name) const override;
-    QString describe(const std::string& name) const override;
 
 private:
     const std::string* find(const std::string& name) const;
