@@ -6,8 +6,12 @@
 
 #include <cstring>
 
-QString resolveDdpFile(const QString& folder, const QString& name)
+QString resolveDdpFile(const QString& folder, const QString& mapName)
 {
+    // A name padded with zero bytes is seen by the file system up to the
+    // first one.
+    const int zero = mapName.indexOf(QChar(0));
+    const QString name = zero < 0 ? mapName : mapName.left(zero);
     const QDir dir(folder);
     const QString exact = dir.filePath(name);
     if (name.isEmpty() || QFileInfo::exists(exact))

@@ -9,6 +9,7 @@
 // The exact name is looked for first, then a case-insensitive match among the
 // folder's entries. Returns the path to use: the exact path when nothing
 // matches (opening it then fails as it should). Unicode folder paths are fine.
+// A name from the map may keep its zero padding: it is cut at the first zero.
 QString resolveDdpFile(const QString& folder, const QString& name);
 
 // A file name taken from the map stream as the file system sees it: the

@@ -129,6 +129,9 @@ private slots:
                  folder + QStringLiteral("/image.dat"));
         QVERIFY(QFile::exists(resolveDdpFile(folder, QStringLiteral("Image.Dat"))));
         QCOMPARE(resolveDdpFile(folder, QStringLiteral("none")), folder + QStringLiteral("/none"));
+        // Zero padding from the map, as a caller may pass it on.
+        QCOMPARE(resolveDdpFile(folder, QString::fromStdString(std::string("IMAGE.DAT\0\0\0", 12))),
+                 folder + QStringLiteral("/IMAGE.DAT"));
     }
 
     void loadingFromAFolder()
