@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStyleFactory>
@@ -153,6 +154,28 @@ void CustomStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
         painter->setPen(Qt::NoPen);
         painter->setBrush(down ? Theme::pressed() : Theme::hover());
         painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
+        painter->restore();
+        return;
+    }
+    case PE_IndicatorCheckBox:
+    case PE_IndicatorMenuCheckMark: {
+        // A box that reads on dark menus: outlined when off, blue when on.
+        const bool on = option->state & State_On;
+        const QRectF box = QRectF(option->rect).adjusted(1.5, 1.5, -1.5, -1.5);
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(on ? Theme::accentBlueDark() : QColor(110, 115, 120), 1));
+        painter->setBrush(on ? Theme::accentBlueDark() : QColor(28, 30, 32));
+        painter->drawRoundedRect(box, 2, 2);
+        if (on) {
+            QPainterPath tick;
+            tick.moveTo(box.left() + box.width() * 0.22, box.top() + box.height() * 0.52);
+            tick.lineTo(box.left() + box.width() * 0.42, box.top() + box.height() * 0.72);
+            tick.lineTo(box.left() + box.width() * 0.78, box.top() + box.height() * 0.3);
+            painter->setPen(QPen(Qt::white, 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            painter->setBrush(Qt::NoBrush);
+            painter->drawPath(tick);
+        }
         painter->restore();
         return;
     }
@@ -390,6 +413,9 @@ QIcon CustomStyle::standardIcon(StandardPixmap standardIcon, const QStyleOption*
         return QIcon(QStringLiteral(":minimize_icon"));
     case SP_MessageBoxInformation:
         return QIcon(QStringLiteral(":info_icon"));
+    case SP_MessageBoxCritical:
+    case SP_MessageBoxWarning:
+        return QIcon(QStringLiteral(":critical_icon"));
     default:
         break;
     }

@@ -104,6 +104,10 @@ void LevelMeterWidget::paintChannel(QPainter& p, int bandTop, int bandHeight, fl
 {
     const QRect& inner = m_meterRect;
     const int w = inner.width();
+    // Near-silent values would put the marker on the frame, left of the
+    // meter: nothing is drawn outside it.
+    p.save();
+    p.setClipRect(inner);
 
     const double holdPos = positionOfAmplitude(hold);
     if (holdPos > 0.0) {
@@ -130,6 +134,7 @@ void LevelMeterWidget::paintChannel(QPainter& p, int bandTop, int bandHeight, fl
         const int x = int(inner.left() + w * rmsPos);
         p.fillRect(QRect(x, bandTop, 1, bandHeight), QColor(11, 105, 159));
     }
+    p.restore();
 }
 
 void LevelMeterWidget::paintScale(QPainter& p, int top, int bottom)

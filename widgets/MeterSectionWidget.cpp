@@ -14,7 +14,7 @@ MeterSectionWidget::MeterSectionWidget(QWidget* parent) : QWidget(parent)
     if (objectName().isEmpty())
         setObjectName(QStringLiteral("meterSectionWidget"));
     auto* outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 2, 6, 2);
+    outer->setContentsMargins(8, 2, 8, 2);
     m_holder = new QWidget(this);
     m_holder->setObjectName(QStringLiteral("levelMeterHolderWidget"));
     outer->addWidget(m_holder);
@@ -27,7 +27,7 @@ MeterSectionWidget::MeterSectionWidget(QWidget* parent) : QWidget(parent)
     m_levelMeter->setObjectName(QStringLiteral("levelMeter"));
     m_numericalDisplay = new MeterNumericalDisplayWidget(m_holder);
     m_numericalDisplay->setObjectName(QStringLiteral("numericalDisplay"));
-    m_numericalDisplay->setFixedWidth(112);
+    m_numericalDisplay->setFixedWidth(104);
     m_horizontalLayout1->addWidget(m_levelMeter, 1);
     m_horizontalLayout1->addWidget(m_numericalDisplay);
 }

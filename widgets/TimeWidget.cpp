@@ -37,6 +37,7 @@ void TimeWidget::setupUi()
     m_verticalLayout = new QVBoxLayout(this);
     m_verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
     m_verticalLayout->setSpacing(0);
+    m_verticalLayout->setContentsMargins(4, 2, 4, 2);
     m_gridLayout = new QGridLayout();
     m_gridLayout->setObjectName(QStringLiteral("gridLayout"));
     m_gridLayout->setSpacing(0);

@@ -8,6 +8,7 @@
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
 
@@ -76,6 +77,16 @@ void ToolTipWidget::hideEvent(QHideEvent* event)
     if (m_anchor)
         m_anchor->setChecked(false);
     QFrame::hideEvent(event);
+}
+
+void ToolTipWidget::mousePressEvent(QMouseEvent* event)
+{
+    // A click on the info button that opened the popup only closes it; were
+    // the press passed on, the button would open it again at once.
+    if (m_anchor && !rect().contains(event->pos()) &&
+        QRect(m_anchor->mapToGlobal(QPoint(0, 0)), m_anchor->size()).contains(event->globalPos()))
+        setAttribute(Qt::WA_NoMouseReplay);
+    QFrame::mousePressEvent(event);
 }
 
 void ToolTipWidget::paintEvent(QPaintEvent*)

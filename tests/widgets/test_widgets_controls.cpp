@@ -225,10 +225,10 @@ private slots:
     void everyResourceNameResolves()
     {
         const char* names[] = {
-            ":menu_icon",     ":/open_icon",       ":track_icon",    ":rest_icon",
-            ":/play_icon",    ":about_dialog",     ":minimize_icon", ":close_icon",
-            ":/devices_icon", ":/attributes_icon", ":save_icon",     ":/about_icon",
-            ":info_icon",     ":/back_icon",       ":/next_icon",    ":/stop_icon"};
+            ":menu_icon",    ":/open_icon",    ":track_icon", ":rest_icon",     ":/play_icon",
+            ":about_dialog", ":minimize_icon", ":close_icon", ":/devices_icon", ":/attributes_icon",
+            ":save_icon",    ":/about_icon",   ":info_icon",  ":/back_icon",    ":/next_icon",
+            ":/stop_icon",   ":critical_icon"};
         for (const char* name : names) {
             const QString path = QString::fromLatin1(name);
             QVERIFY2(QFile::exists(path), name);

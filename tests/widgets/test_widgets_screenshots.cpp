@@ -70,7 +70,8 @@ public:
 
 float fromDb(double db)
 {
-    return float(std::pow(10.0, db / 20.0));
+    // The engine reports digital silence as exactly zero.
+    return db <= -200.0 ? 0.0f : float(std::pow(10.0, db / 20.0));
 }
 
 // The window's parts as the main window stacks them.
@@ -204,11 +205,8 @@ private slots:
         {
             const char* name;
             double peak, rms;
-        } levels[] = {{"silence", -200, -200},
-                      {"quiet", -40, -52},
-                      {"moderate", -12, -22},
-                      {"loud", -1.0, -9.0},
-                      {"full-scale", 0, -3}};
+        } levels[] = {{"silence", -200, -200}, {"noise-floor", -90, -96}, {"quiet", -40, -52},
+                      {"moderate", -12, -22},  {"loud", -1.0, -9.0},      {"full-scale", 0, -3}};
         for (const auto& l : levels) {
             MeterSectionWidget meters;
             meters.resize(466, 62);
