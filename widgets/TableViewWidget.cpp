@@ -119,7 +119,7 @@ void TableViewWidget::installHeader()
 {
     delete m_overlay; // gone for good after the first load
 
-    FilterHeaderView* old = m_header;
+    // QTableView deletes the header it replaces.
     m_header = new FilterHeaderView(Qt::Horizontal, this);
     connect(m_header, &QHeaderView::sectionMoved, m_header, &FilterHeaderView::onSectionMoved);
     QFont f = m_header->font();
@@ -136,8 +136,6 @@ void TableViewWidget::installHeader()
     m_tableView->setHorizontalHeader(m_header);
     m_header->setVisible(true);
     m_tableView->resizeColumnsToContents();
-    if (old && old != m_header)
-        old->deleteLater();
 }
 
 void TableViewWidget::restoreHeaderState()
