@@ -1,0 +1,294 @@
+// The disk streaming driven without a device: process() is called directly
+// with the frame counts a device might ask for, and the output is compared
+// with the image sample by sample.
+#include "AudioTestSupport.h"
+
+#include "audio/DiskStreaming.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <atomic>
+#include <cmath>
+
+using namespace Audio;
+using namespace audiotest;
+
+namespace {
+
+constexpr unsigned kFadeFrames = 440;
+// Five refill chunks and a short one: several buffer switches, then the end.
+constexpr std::uint32_t kImageFrames = 2048 * 5 + 700;
+
+} // namespace
+
+class TestAudioStreaming : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void sampleExactAcrossBufferSwitches_data();
+    void sampleExactAcrossBufferSwitches();
+    void fadeInAndPauseResumeWhereItLeft();
+    void jumpLandsOnFrameBoundary();
+    void seekClampsRoundsAndRefusesDuringFade();
+    void stopAndPauseTransitions();
+    void endOfFileCallbackOnlyAtTheEnd();
+    void volumeGlidesAndCountsTwiceInTheMeter();
+
+private:
+    void openAndPrime(DiskStreaming& streaming, std::int32_t offset = 0,
+                      std::function<void()> endOfFile = {});
+    QTemporaryDir m_dir;
+    QString m_image;
+};
+
+void TestAudioStreaming::init()
+{
+    if (m_image.isEmpty())
+        m_image = writeImage(m_dir.path(), kImageFrames);
+    QVERIFY(!m_image.isEmpty());
+}
+
+void TestAudioStreaming::openAndPrime(DiskStreaming& streaming, std::int32_t offset,
+                                      std::function<void()> endOfFile)
+{
+    streaming.openFile(m_image, std::move(endOfFile));
+    streaming.setCurrentSampleInFile(offset);
+    QVERIFY(streaming.waitForReader());
+}
+
+void TestAudioStreaming::sampleExactAcrossBufferSwitches_data()
+{
+    QTest::addColumn<unsigned>("perCall");
+    for (unsigned n : {1u, 255u, 256u, 1024u, 4096u})
+        QTest::addRow("%u frames", n) << n;
+}
+
+void TestAudioStreaming::sampleExactAcrossBufferSwitches()
+{
+    QFETCH(unsigned, perCall);
+    DiskStreaming streaming;
+    openAndPrime(streaming);
+    streaming.play();
+    const std::vector<float> out = drive(streaming, perCall, kImageFrames + 3000);
+
+    for (std::uint32_t f = 0; f < kImageFrames; ++f) {
+        for (int c = 0; c < 2; ++c) {
+            const float got = out[2 * f + static_cast<std::size_t>(c)];
+            const float want = expectedAt(f, c);
+            if (f > kFadeFrames + 1) {
+                if (got != want)
+                    QFAIL(qPrintable(QStringLiteral("frame %1 ch %2: %3 != %4")
+                                         .arg(f)
+                                         .arg(c)
+                                         .arg(double(got))
+                                         .arg(double(want))));
+            } else {
+                QVERIFY(std::abs(got) <= std::abs(want));
+            }
+        }
+    }
+    // Past the end nothing is invented: the callback's cleared first half
+    // stays silent and the rest is left as the device had it.
+    for (std::size_t i = 2 * kImageFrames; i < out.size(); ++i)
+        QVERIFY(out[i] == 0.0f || out[i] == -99.0f);
+    QCOMPARE(streaming.position(), float(kImageFrames * 4));
+    QCOMPARE(streaming.underrunCount(), std::uint64_t(0));
+    QVERIFY(streaming.isPlaying());
+}
+
+void TestAudioStreaming::fadeInAndPauseResumeWhereItLeft()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming);
+    streaming.play();
+    std::vector<float> out = drive(streaming, 256, 1024);
+    // The fade-in rises by 1/440 a frame from the first frame on.
+    for (unsigned f = 0; f < kFadeFrames - 1; ++f) {
+        const float want = expectedAt(f, 0);
+        if (std::abs(want) < 0.05f)
+            continue;
+        const double ratio = double(out[2 * f]) / double(want);
+        QVERIFY2(std::abs(ratio - (f + 1) / 440.0) < 1e-4, qPrintable(QString::number(f)));
+    }
+    QCOMPARE(streaming.fadeState(), std::uint32_t(Idle));
+    QCOMPARE(checkTail(out, streaming, 500), QString());
+
+    streaming.pause();
+    QVERIFY(streaming.isPlaying()); // until the fade-out has run
+    const float before = streaming.position();
+    out = drive(streaming, 256, 1024);
+    QVERIFY(streaming.isPaused());
+    int sounding = 0;
+    for (unsigned f = 0; f < 1024; ++f)
+        sounding += out[2 * f] != 0.0f || out[2 * f + 1] != 0.0f ? 1 : 0;
+    QVERIFY2(sounding >= 438 && sounding <= 442, qPrintable(QString::number(sounding)));
+    const float pausedAt = streaming.position();
+    QVERIFY(pausedAt > before && pausedAt <= before + 443 * 4);
+    drive(streaming, 256, 2048);
+    QCOMPARE(streaming.position(), pausedAt);
+
+    // Resuming plays on from the very next sample.
+    streaming.play();
+    out = drive(streaming, 256, 1024);
+    QCOMPARE(checkTail(out, streaming, 500), QString());
+    QCOMPARE(streaming.position(), pausedAt + 1024 * 4);
+}
+
+void TestAudioStreaming::jumpLandsOnFrameBoundary()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming);
+    streaming.play();
+    drive(streaming, 256, 1024);
+
+    std::atomic<int> done{0};
+    const std::int32_t offset = 4 * 500 + 3; // inside frame 500
+    QVERIFY(streaming.setCurrentSampleInFileAndFadeOutFadeIn(offset, [&done] { ++done; }));
+    QCOMPARE(done.load(), 0);
+    std::vector<float> out = drive(streaming, 256, 2048);
+    QCOMPARE(done.load(), 1);
+    QCOMPARE(streaming.currentSampleInFile(), std::uint32_t(offset));
+    QCOMPARE(streaming.fadeState(), std::uint32_t(Idle));
+    // Frames played since the jump, the silent one at the turn included.
+    const auto since = static_cast<std::uint32_t>(streaming.position()) / 4;
+    QVERIFY(since > 2048 - 445 && since < 2048 - 435);
+    // Reading starts at 2000, the frame boundary below the offset; the
+    // position counts from the offset itself (the display's zero).
+    for (unsigned k = 0; k < 500; ++k) {
+        const std::size_t f = 2048 - 500 + k;
+        const std::uint32_t imageFrame = 500 + since - 500 + k;
+        QCOMPARE(out[2 * f], expectedAt(imageFrame, 0));
+        QCOMPARE(out[2 * f + 1], expectedAt(imageFrame, 1));
+    }
+    // Well past the preload (4096 frames), the reader's chunks follow on.
+    out = drive(streaming, 1024, 6144);
+    QCOMPARE(checkTail(out, streaming, 6144), QString());
+    QCOMPARE(streaming.underrunCount(), std::uint64_t(0));
+}
+
+void TestAudioStreaming::seekClampsRoundsAndRefusesDuringFade()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming, 4 * 1000);
+    QCOMPARE(streaming.seek(-0.5, 40000), 0);
+    QCOMPARE(streaming.position(), 0.0f);
+    QCOMPARE(streaming.seek(7.0, 40000), 0);
+    QCOMPARE(streaming.position(), 40000.0f);
+    // An odd byte target: the position is target / 2 samples.
+    QCOMPARE(streaming.seek(1.0, 10001), 0);
+    QCOMPARE(streaming.position(), 10000.0f);
+
+    streaming.setCurrentSampleInFile(4 * 1000);
+    streaming.play();
+    QCOMPARE(streaming.seek(0.5, 40000), 1); // the fade-in runs
+    QCOMPARE(streaming.position(), 0.0f);
+    drive(streaming, 256, 512);
+    QCOMPARE(streaming.seek(0.5, 40002), 0); // 20001 bytes: read from 20000
+    QCOMPARE(streaming.position(), 20000.0f);
+    QCOMPARE(streaming.seek(0.9, 40000), 1); // refused while the seek fades
+    const std::vector<float> out = drive(streaming, 256, 2048);
+    const auto since = static_cast<std::uint32_t>(streaming.position()) / 4;
+    QCOMPARE(streaming.fadeState(), std::uint32_t(Idle));
+    for (unsigned k = 0; k < 500; ++k) {
+        const std::size_t f = 2048 - 500 + k;
+        QCOMPARE(out[2 * f], expectedAt(1000 + since - 500 + k, 0));
+    }
+}
+
+void TestAudioStreaming::stopAndPauseTransitions()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming, 4 * 3000);
+    QVERIFY(streaming.isStopped());
+
+    // Stopped -> pause: paused after a fade-out of silence.
+    streaming.pause();
+    QVERIFY(streaming.isStopped());
+    drive(streaming, 256, 512);
+    QVERIFY(streaming.isPaused());
+    // Paused -> pause: another fade, still paused.
+    streaming.pause();
+    QCOMPARE(streaming.fadeState(), std::uint32_t(FadingOut));
+    drive(streaming, 256, 512);
+    QVERIFY(streaming.isPaused());
+    // Paused -> stop: at once.
+    streaming.stop();
+    QVERIFY(streaming.isStopped());
+
+    // Playing -> stop: after the fade-out, back at currentSampleInFile.
+    streaming.play();
+    drive(streaming, 256, 4096);
+    QCOMPARE(streaming.position(), 4096.0f * 4);
+    bool done = false;
+    streaming.stop([&done] { done = true; });
+    QVERIFY(streaming.isPlaying());
+    QVERIFY(!done);
+    drive(streaming, 256, 1024);
+    QVERIFY(streaming.isStopped());
+    QVERIFY(done);
+    QCOMPARE(streaming.position(), 0.0f);
+    QCOMPARE(streaming.meterInfo().peakLeft, 0.0f); // the meter was reset
+
+    // The next play starts at currentSampleInFile with a fresh prime.
+    streaming.play();
+    const std::vector<float> out = drive(streaming, 256, 2048);
+    QCOMPARE(streaming.position(), 2048.0f * 4);
+    QCOMPARE(checkTail(out, streaming, 1500), QString());
+}
+
+void TestAudioStreaming::endOfFileCallbackOnlyAtTheEnd()
+{
+    std::atomic<int> calls{0};
+    DiskStreaming streaming;
+    openAndPrime(streaming, 0, [&calls] { ++calls; });
+    QCOMPARE(calls.load(), 0); // four chunks ahead, the end not reached
+
+    streaming.setCurrentSampleInFile(std::int32_t(kImageFrames * 4 - 8192));
+    QVERIFY(streaming.waitForReader());
+    QVERIFY(calls.load() >= 1);
+
+    // Playing into the end: the rest of the image, then the position stays.
+    streaming.play();
+    drive(streaming, 256, 3000);
+    QCOMPARE(streaming.position(), 8192.0f);
+}
+
+void TestAudioStreaming::volumeGlidesAndCountsTwiceInTheMeter()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming);
+    streaming.play();
+    drive(streaming, 256, 512);
+
+    streaming.setVolume(0.0);
+    std::vector<float> out = drive(streaming, 1000, 6000);
+    QVERIFY(streaming.volume() > 0.0f && streaming.volume() < 0.01f);
+    // While gliding the output follows the volume, frame by frame.
+    for (unsigned f = 1; f < 6000; f += 997)
+        QVERIFY(std::abs(out[2 * f]) <= std::abs(expectedAt(512 + f, 0)));
+    drive(streaming, 1000, 2000);
+    QCOMPARE(streaming.volume(), 0.0f); // snapped
+
+    // Open the image again for a clean meter, at half volume.
+    DiskStreaming half;
+    openAndPrime(half);
+    half.setVolume(0.5);
+    drive(half, 256, 20000); // the glide settles while stopped
+    QCOMPARE(half.volume(), 0.5f);
+    half.play();
+    drive(half, 256, 512);
+    half.resetPeaks();
+    out = drive(half, 256, 4096);
+    QCOMPARE(checkTail(out, half, 4000, 0.5f), QString());
+    float loudest = 0.0f;
+    for (unsigned f = 4096 - 4000; f < 4096; ++f)
+        loudest = std::max(loudest, out[2 * f]);
+    // The output carries the volume once; the meter applies it again.
+    QCOMPARE(half.meterInfo().peakLeft, loudest * 0.5f);
+}
+
+QTEST_GUILESS_MAIN(TestAudioStreaming)
+#include "test_audio_streaming.moc"
