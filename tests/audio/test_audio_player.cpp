@@ -1,0 +1,229 @@
+// The player over a DDP model built from PQ entries in the test, driven
+// without a device: track segments, next and previous (and their
+// asymmetry), the guards, track selection, the end of the disc.
+#include "AudioTestSupport.h"
+#include "ddp/DdpTestBytes.h"
+
+#include "audio/Player.h"
+#include "ddp/DDPModel.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace Audio;
+using namespace audiotest;
+
+namespace {
+
+constexpr std::uint32_t kCdFrame = 2352;
+
+// Lead-in, track 1 with a pause, an index 02, track 2 with a pre-gap, track
+// 3, the lead-out: one second of audio, 75 CD frames.
+std::shared_ptr<DDPModel> makeModel(bool firstRowPause)
+{
+    const std::vector<testbytes::Entry> spec = {
+        {"00", 0, 0, 0, 0},  {"01", 0, 0, 0, 0},  {"01", 1, 0, 0, 10},
+        {"01", 2, 0, 0, 20}, {"02", 0, 0, 0, 30}, {"02", 1, 0, 0, 40},
+        {"03", 1, 0, 0, 60}, {"AA", 1, 0, 1, 0},  {"AA", 0, 0, 1, 0},
+    };
+    std::vector<PqEntry> entries;
+    for (const testbytes::Entry& e : spec)
+        entries.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
+    auto model = std::make_shared<DDPModel>();
+    model->setEntries(std::move(entries));
+    if (firstRowPause)
+        model->appendIndex(0);
+    for (std::uint32_t index : {1u, 2u, 0u, 1u, 1u})
+        model->appendIndex(index);
+    return model;
+}
+
+} // namespace
+
+class TestAudioPlayer : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void segmentsAndLoad();
+    void nextTwiceDuringFadeMovesOnceAndTakesEveryEntry();
+    void previousGoesBackToIndexOne();
+    void previousFromFirstTrackStops();
+    void nextPastLastReturnsToFirstTrackStopped();
+    void lastTrackPlaysToItsEnd();
+    void withoutTrackSourceNothingHappens();
+
+private:
+    void loadInto(Player& player, const std::shared_ptr<DDPModel>& model);
+    QTemporaryDir m_dir;
+    QString m_image;
+};
+
+void TestAudioPlayer::initTestCase()
+{
+    m_image = writeImage(m_dir.path(), 44100);
+    QVERIFY(!m_image.isEmpty());
+}
+
+void TestAudioPlayer::loadInto(Player& player, const std::shared_ptr<DDPModel>& model)
+{
+    player.setTrackSource(model);
+    player.load(m_image, {});
+    QVERIFY(player.streaming().waitForReader());
+}
+
+void TestAudioPlayer::segmentsAndLoad()
+{
+    Player player;
+    auto model = makeModel(false);
+    loadInto(player, model);
+    const std::vector<TrackSegment> segments = player.trackSegments();
+    QCOMPARE(segments.size(), std::size_t(7));
+    QCOMPARE(segments[2], TrackSegment(10 * kCdFrame, 20 * kCdFrame));
+    QCOMPARE(segments[6], TrackSegment(60 * kCdFrame, 75 * kCdFrame));
+    // No pause row: the first track is entry 2, reported as number 0.
+    QCOMPARE(model->firstTrackNumber(), 2u);
+    QVERIFY(player.isStopped());
+    QCOMPARE(player.entryIndex(), 2);
+    QCOMPARE(player.currentTrackNumber(), 0);
+    QCOMPARE(player.currentTrackStart(), 10 * kCdFrame);
+    QCOMPARE(player.currentTrackLength(), 10 * kCdFrame);
+
+    Player withPause;
+    auto paused = makeModel(true);
+    loadInto(withPause, paused);
+    QCOMPARE(paused->firstTrackNumber(), 1u);
+    QCOMPARE(withPause.currentTrackNumber(), 1);
+
+    // Play plays the first track's audio and tells the model.
+    QList<bool> heard;
+    paused->setPlayingListener([&heard](bool playing) { heard.append(playing); });
+    withPause.play();
+    const std::vector<float> out = drive(withPause.streaming(), 256, 2048);
+    QCOMPARE(checkTail(out, withPause.streaming(), 1500), QString());
+    withPause.pause();
+    QCOMPARE(heard, QList<bool>({true, false}));
+}
+
+void TestAudioPlayer::nextTwiceDuringFadeMovesOnceAndTakesEveryEntry()
+{
+    Player player;
+    loadInto(player, makeModel(false));
+    player.play();
+    drive(player.streaming(), 256, 1024);
+
+    player.selectNextTrack();
+    player.selectNextTrack(); // falls into the first jump's fade
+    QCOMPARE(player.currentTrackNumber(), 1);
+    QCOMPARE(player.entryIndex(), 2); // moves when the jump is made
+    std::vector<float> out = drive(player.streaming(), 256, 2048);
+    QCOMPARE(player.entryIndex(), 3); // index 02 of track 1: next takes any entry
+    QCOMPARE(player.currentTrackStart(), 20 * kCdFrame);
+    QCOMPARE(checkTail(out, player.streaming(), 1000), QString());
+
+    player.selectNextTrack(); // onto the pre-gap (index 00) of track 2
+    out = drive(player.streaming(), 256, 2048);
+    QCOMPARE(player.entryIndex(), 4);
+    QCOMPARE(player.currentTrackNumber(), 2);
+    QCOMPARE(checkTail(out, player.streaming(), 1000), QString());
+}
+
+void TestAudioPlayer::previousGoesBackToIndexOne()
+{
+    Player player;
+    loadInto(player, makeModel(false));
+    player.selectTrack(4); // entry 6, track 3: always ends in playback
+    QVERIFY(player.isPlaying());
+    QCOMPARE(player.entryIndex(), 6);
+    drive(player.streaming(), 256, 1024);
+
+    player.selectPreviousTrack(); // entry 5 is index 01 of track 2
+    drive(player.streaming(), 256, 1024);
+    QCOMPARE(player.entryIndex(), 5);
+    QCOMPARE(player.currentTrackNumber(), 3);
+
+    // Across the pre-gap (index 00) and index 02 of track 1 to its index 01.
+    player.selectPreviousTrack();
+    QCOMPARE(player.currentTrackNumber(), 0);
+    const std::vector<float> out = drive(player.streaming(), 256, 2048);
+    QCOMPARE(player.entryIndex(), 2);
+    QCOMPARE(player.streaming().currentSampleInFile(), 10 * kCdFrame);
+    QCOMPARE(checkTail(out, player.streaming(), 1000), QString());
+}
+
+void TestAudioPlayer::previousFromFirstTrackStops()
+{
+    Player player;
+    auto model = makeModel(false);
+    loadInto(player, model);
+    player.play();
+    drive(player.streaming(), 256, 1024);
+    player.selectPreviousTrack();
+    QCOMPARE(player.currentTrackNumber(), 0);
+    QVERIFY(!model->isPlaying());
+    drive(player.streaming(), 256, 1024);
+    QVERIFY(player.isStopped());
+    QCOMPARE(player.position(), 0.0f);
+    // The guard is free again.
+    player.selectTrack(2);
+    player.selectPreviousTrack();
+    drive(player.streaming(), 256, 1024);
+    QCOMPARE(player.entryIndex(), 2);
+}
+
+void TestAudioPlayer::nextPastLastReturnsToFirstTrackStopped()
+{
+    Player player;
+    auto model = makeModel(false);
+    loadInto(player, model);
+    player.selectTrack(4);
+    drive(player.streaming(), 256, 1024);
+    player.selectNextTrack();
+    QCOMPARE(player.currentTrackNumber(), 0);
+    QCOMPARE(player.entryIndex(), 2);
+    QVERIFY(!model->isPlaying());
+    drive(player.streaming(), 256, 1024);
+    QVERIFY(player.isStopped());
+    QCOMPARE(player.position(), 0.0f);
+    QCOMPARE(player.streaming().currentSampleInFile(), 10 * kCdFrame);
+
+    // Stopped, next moves at once and play starts there.
+    player.selectNextTrack();
+    QCOMPARE(player.entryIndex(), 3);
+    player.play();
+    const std::vector<float> out = drive(player.streaming(), 256, 2048);
+    QCOMPARE(player.streaming().currentSampleInFile(), 20 * kCdFrame);
+    QCOMPARE(checkTail(out, player.streaming(), 1500), QString());
+}
+
+void TestAudioPlayer::lastTrackPlaysToItsEnd()
+{
+    Player player;
+    loadInto(player, makeModel(false));
+    player.selectTrack(4);
+    const std::uint32_t length = player.currentTrackLength();
+    QCOMPARE(length, 15 * kCdFrame);
+    // The track is the end of the image: the position stops exactly there.
+    drive(player.streaming(), 1024, length / 4 + 4096);
+    QCOMPARE(player.position(), float(length));
+    player.onTrackEnded();
+    drive(player.streaming(), 256, 1024);
+    QVERIFY(player.isStopped());
+    QCOMPARE(player.entryIndex(), 2);
+}
+
+void TestAudioPlayer::withoutTrackSourceNothingHappens()
+{
+    Player player;
+    player.play();
+    player.selectNextTrack();
+    player.selectPreviousTrack();
+    player.selectTrack(3);
+    QVERIFY(player.isStopped());
+    QCOMPARE(player.currentTrackLength(), 0u);
+    QCOMPARE(player.lastError().kind, ErrorKind::NoError);
+}
+
+QTEST_GUILESS_MAIN(TestAudioPlayer)
+#include "test_audio_player.moc"
