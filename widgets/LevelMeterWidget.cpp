@@ -109,7 +109,10 @@ void LevelMeterWidget::paintChannel(QPainter& p, int bandTop, int bandHeight, fl
     p.save();
     p.setClipRect(inner);
 
-    const double holdPos = positionOfAmplitude(hold);
+    // A steady level below the silence threshold alternates between the
+    // level and zero from tick to tick; it is drawn as nothing either way.
+    auto audible = [](float v) { return v > kSilence ? double(v) : 0.0; };
+    const double holdPos = positionOfAmplitude(audible(hold));
     if (holdPos > 0.0) {
         const int xr = inner.left() - 1 + int(w - (1.0 - holdPos) * w);
         p.fillRect(QRect(QPoint(inner.left(), bandTop), QPoint(xr, bandTop + bandHeight - 1)),
@@ -117,7 +120,7 @@ void LevelMeterWidget::paintChannel(QPainter& p, int bandTop, int bandHeight, fl
         p.fillRect(QRect(xr - 1, bandTop, 2, bandHeight), m_holdMarkerColor);
     }
 
-    const double peakPos = positionOfAmplitude(peak);
+    const double peakPos = positionOfAmplitude(audible(peak));
     if (peakPos > 0.0) {
         const int xe = inner.left() + int(w - (1.0 - peakPos) * w - 2);
         QLinearGradient gradient(QPointF(inner.left(), bandTop),
@@ -125,11 +128,13 @@ void LevelMeterWidget::paintChannel(QPainter& p, int bandTop, int bandHeight, fl
         gradient.setColorAt(0.0, QColor(11, 105, 159));
         gradient.setColorAt(1.0, QColor(62, 193, 248));
         m_peakBrush = QBrush(gradient);
-        p.fillRect(QRect(QPoint(inner.left(), bandTop), QPoint(xe - 1, bandTop + bandHeight - 1)),
-                   m_peakBrush);
+        if (xe > inner.left())
+            p.fillRect(
+                QRect(QPoint(inner.left(), bandTop), QPoint(xe - 1, bandTop + bandHeight - 1)),
+                m_peakBrush);
     }
 
-    const double rmsPos = positionOfAmplitude(rms);
+    const double rmsPos = positionOfAmplitude(audible(rms));
     if (rmsPos > kSilence) {
         const int x = int(inner.left() + w * rmsPos);
         p.fillRect(QRect(x, bandTop, 1, bandHeight), QColor(11, 105, 159));

@@ -202,14 +202,22 @@ private slots:
     void levelsBelowTheThresholdDrawNothing()
     {
         auto meter = makeMeter(400, 80);
-        meter->levelChanged(MeterInfo{0.0000015f, 0.0000015f, 0.0000015f, 0.0000015f});
-        tick(*meter);
-        meter->levelChanged(MeterInfo{});
+        // A steady tiny level: shown as the level on one tick, zeroed on the
+        // next; neither draws anything.
+        meter->levelChanged(MeterInfo{0.0000019f, 0.0000019f, 0.0000019f, 0.0000019f});
+        for (int phase = 0; phase < 2; ++phase) {
+            tick(*meter);
+            QCOMPARE(meter->displayed().peakLeft, phase == 0 ? 0.0000019f : 0.0f);
+            const QImage image = meter->grab().toImage();
+            const QRect inner = meter->meterRect();
+            for (int y : {leftBandRow(inner), inner.top() + inner.height() * 3 / 4})
+                QCOMPARE(lastPaintedColumn(image, inner, y), -1);
+        }
+        // Just above the threshold something shows.
+        meter->levelChanged(MeterInfo{0.00001f, 0.00001f, 0.00001f, 0.00001f});
         tick(*meter);
         const QImage image = meter->grab().toImage();
-        const QRect inner = meter->meterRect();
-        for (int y : {leftBandRow(inner), inner.top() + inner.height() * 3 / 4})
-            QCOMPARE(lastPaintedColumn(image, inner, y), -1);
+        QVERIFY(lastPaintedColumn(image, meter->meterRect(), leftBandRow(meter->meterRect())) >= 0);
     }
 
     void positionFollowsTheCurve()
