@@ -4,6 +4,7 @@
 #include "widgets/PixmapRoutines.h"
 #include "widgets/SeekSlider.h"
 #include "widgets/Theme.h"
+#include "widgets/TransportButton.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -147,12 +148,18 @@ void CustomStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
     case PE_PanelButtonTool: {
         const bool down = option->state & (State_Sunken | State_On);
         const bool hover = option->state & State_MouseOver && option->state & State_Enabled;
+        // A checked transport button (play while playing) glows in the
+        // current row's green; other checked buttons just look pressed.
+        const bool lit =
+            option->state & State_On && qobject_cast<const TransportButton*>(widget) != nullptr;
         if (!down && !hover)
             return;
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
-        painter->setPen(Qt::NoPen);
-        painter->setBrush(down ? Theme::pressed() : Theme::hover());
+        painter->setPen(lit ? QPen(QColor(43, 120, 50), 1) : Qt::NoPen);
+        painter->setBrush(lit    ? QColor(17, 109, 24, hover ? 170 : 130)
+                          : down ? Theme::pressed()
+                                 : Theme::hover());
         painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), 3, 3);
         painter->restore();
         return;

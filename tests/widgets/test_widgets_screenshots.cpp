@@ -27,6 +27,8 @@
 #include "widgets/TableViewWidget.h"
 #include "widgets/TimeWidget.h"
 #include "widgets/ToolTipWidget.h"
+#include "widgets/TransportButton.h"
+#include "widgets/TransportWidget.h"
 #include "widgets/VolumeSliderWidget.h"
 
 #include <QApplication>
@@ -228,6 +230,11 @@ private slots:
         ControlSectionWidget controls;
         controls.resize(466, 140);
         save(controls, QStringLiteral("controls-initial"));
+        // Playing: the play button is checked.
+        auto* play = controls.transportWidget()->playButton();
+        play->setCheckable(true);
+        play->setChecked(true);
+        save(controls, QStringLiteral("controls-playing"));
     }
 
     void rowPopupAndMenu()
