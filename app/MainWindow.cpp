@@ -1,0 +1,559 @@
+#include "app/MainWindow.h"
+
+#include "app/DisplayText.h"
+#include "app/ErrorDialogs.h"
+#include "app/MenuBar.h"
+#include "app/SuspendWatcher.h"
+#include "app/TransportController.h"
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileLookup.h"
+#include "ddp/DdpFolderCheck.h"
+#include "ddp/DdpLoader.h"
+#include "ddp/Settings.h"
+#include "export/WavExport.h"
+#include "widgets/AboutDialog.h"
+#include "widgets/AttributesMenu.h"
+#include "widgets/CellDelegate.h"
+#include "widgets/CentralWidget.h"
+#include "widgets/ClickableLabel.h"
+#include "widgets/ContentWidget.h"
+#include "widgets/ContextMenuEventFilter.h"
+#include "widgets/ControlSectionWidget.h"
+#include "widgets/CustomStyle.h"
+#include "widgets/FilterHeaderView.h"
+#include "widgets/FrameHelper.h"
+#include "widgets/InfoBoxWidget.h"
+#include "widgets/MeterSectionWidget.h"
+#include "widgets/Resources.h"
+#include "widgets/SeekSlider.h"
+#include "widgets/TableViewWidget.h"
+#include "widgets/TimeWidget.h"
+#include "widgets/ToolTipWidget.h"
+#include "widgets/TransportWidget.h"
+#include "widgets/VolumeSliderWidget.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QMimeData>
+#include <QSizeGrip>
+#include <QStandardItemModel>
+#include <QTableView>
+#include <QTimer>
+#include <QToolButton>
+#include <QToolTip>
+#include <QVBoxLayout>
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
+namespace {
+
+constexpr int kDisplayIntervalMs = 16;
+constexpr int kSliderMaximum = 10000;
+
+QString defaultChooseFolder(QWidget* parent, const QString& caption, const QString& start)
+{
+    return QFileDialog::getExistingDirectory(parent, caption, start, QFileDialog::ShowDirsOnly);
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent), m_itemModel(new QStandardItemModel(this)),
+      m_model(std::make_shared<DDPModel>()), m_chooseFolder(defaultChooseFolder)
+{
+    initResources();
+    if (objectName().isEmpty())
+        setObjectName(QStringLiteral("MainWindow"));
+    resize(466, 702);
+
+    buildWidgets();
+    setWindowTitle(tr("MainWindow"));
+    setWindowTitle(QStringLiteral("Tivora"));
+    QMetaObject::connectSlotsByName(this);
+
+    restoreGeometry(readSetting(kMainWindowGeometryKey).toByteArray());
+
+    m_transportController = new TransportController(this);
+    m_transportController->setTransport(&m_player);
+    m_transportController->setTransportWidget(transportWidget());
+    m_transportController->setTrackNumberModel(m_model);
+    m_transportController->connectControls();
+
+    timeWidget()->seekSlider()->setMaximum(kSliderMaximum);
+    volumeSliderWidget()->volumeSlider()->setMaximum(kSliderMaximum);
+
+    setAcceptDrops(true);
+    setPalette(CustomStyle::darkPalette());
+
+    m_attributesMenu =
+        new AttributesMenu(trackTableHeaderNames(), m_tableViewWidget->tableView(), this);
+    m_attributesMenu->installEventFilter(new ContextMenuEventFilter(m_attributesMenu));
+
+    m_wavExport = new WavExport(this);
+
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    m_frameHelper = new FrameHelper(this);
+    m_frameHelper->setDragAreaWidget(m_menuBar);
+
+    const QString device = readSetting(kAudioDeviceIdKey).toString();
+    const bool audioReady = m_player.initialize(device.toStdString());
+
+    m_menuBar->addOpenAction();
+    m_menuBar->attachAttributesMenu(m_attributesMenu);
+    m_menuBar->setDeviceInfos(&m_player.audioDeviceInfos());
+    m_menuBar->buildDevicesMenu();
+    m_menuBar->addExportAction();
+    m_menuBar->addAboutAction();
+
+    m_suspendWatcher = new SuspendWatcher(this);
+
+    connectWidgets();
+    refreshDisplay();
+
+    // The audio problem is reported once the window can be seen behind it.
+    QTimer::singleShot(0, this,
+                       [this, audioReady] { checkAudioStartup(audioReady, m_player, this); });
+}
+
+MainWindow::~MainWindow()
+{
+    if (m_displayTimer)
+        m_displayTimer->stop();
+    m_transportController->setTrackNumberModel(nullptr);
+    m_transportController->setTransport(nullptr);
+}
+
+void MainWindow::buildWidgets()
+{
+    m_centralWidget = new CentralWidget(this);
+    m_centralWidget->setObjectName(QStringLiteral("centralWidget"));
+    setCentralWidget(m_centralWidget);
+
+    auto* layout = new QVBoxLayout(m_centralWidget);
+    layout->setContentsMargins(6, 4, 6, 6);
+    layout->setSpacing(6);
+
+    m_menuBar = new MenuBar(m_centralWidget);
+    layout->addWidget(m_menuBar);
+
+    m_infoBox = new InfoBoxWidget(m_centralWidget);
+    m_infoBox->setObjectName(QStringLiteral("infoBox"));
+    layout->addWidget(m_infoBox);
+
+    auto* content = new ContentWidget(m_centralWidget);
+    content->setObjectName(QStringLiteral("contentWidget"));
+    auto* contentLayout = new QVBoxLayout(content);
+    contentLayout->setContentsMargins(1, 1, 1, 1);
+    m_tableViewWidget = new TableViewWidget(content);
+    m_tableViewWidget->setObjectName(QStringLiteral("tableViewWidget"));
+    contentLayout->addWidget(m_tableViewWidget);
+    layout->addWidget(content, 1);
+
+    m_meterSection = new MeterSectionWidget(m_centralWidget);
+    m_meterSection->setObjectName(QStringLiteral("meterSection"));
+    layout->addWidget(m_meterSection);
+
+    m_controlSection = new ControlSectionWidget(m_centralWidget);
+    m_controlSection->setObjectName(QStringLiteral("controlSection"));
+    layout->addWidget(m_controlSection);
+
+    auto* grip = new QSizeGrip(m_centralWidget);
+    grip->setObjectName(QStringLiteral("sizeGrip"));
+    layout->addWidget(grip, 0, Qt::AlignRight | Qt::AlignBottom);
+}
+
+TimeWidget* MainWindow::timeWidget() const
+{
+    return m_controlSection->timeWidget();
+}
+TransportWidget* MainWindow::transportWidget() const
+{
+    return m_controlSection->transportWidget();
+}
+VolumeSliderWidget* MainWindow::volumeSliderWidget() const
+{
+    return m_controlSection->volumeSliderWidget();
+}
+
+void MainWindow::connectWidgets()
+{
+    connect(m_transportController, &TransportController::update, this, &MainWindow::onUpdate);
+    connect(m_transportController, &TransportController::reset, this, &MainWindow::onReset);
+    connect(m_menuBar->minimizeButton(), &QToolButton::clicked, this, &MainWindow::onMinimize);
+    connect(m_menuBar->closeButton(), &QToolButton::clicked, this,
+            &MainWindow::onActionExitTriggered);
+    connect(m_menuBar->openAction(), &QAction::triggered, this, &MainWindow::onActionOpenTriggered);
+    connect(m_menuBar->aboutAction(), &QAction::triggered, this,
+            &MainWindow::onActionAboutTriggered);
+    connect(m_menuBar, &MenuBar::wavExportAllTriggered, this, &MainWindow::onWavExportAllTriggered);
+    connect(m_menuBar, &MenuBar::audioDeviceChanged, this, &MainWindow::onAudioDeviceChanged);
+
+    QSlider* volume = volumeSliderWidget()->volumeSlider();
+    connect(volume, &QSlider::valueChanged, this, &MainWindow::onVolumeSliderValueChanged);
+    connect(volume, &QSlider::sliderReleased, this, &MainWindow::onVolumeSliderReleased);
+    SeekSlider* seek = timeWidget()->seekSlider();
+    connect(seek, &QSlider::sliderMoved, this, &MainWindow::onSeekSliderPosChanged);
+    connect(seek, &QSlider::sliderReleased, this, &MainWindow::onSeekSliderReleased);
+
+    connect(timeWidget()->cdTimeLabel(), &ClickableLabel::clicked, this,
+            &MainWindow::onCdTimeLabelClicked);
+    connect(timeWidget()->cdTimeCaptionLabel(), &ClickableLabel::clicked, this,
+            &MainWindow::onCdTimeLabelClicked);
+    connect(timeWidget()->timeLabel(), &ClickableLabel::clicked, this,
+            &MainWindow::onTrackTimeLabelClicked);
+    connect(timeWidget()->timeCaptionLabel(), &ClickableLabel::clicked, this,
+            &MainWindow::onTrackTimeLabelClicked);
+
+    connect(m_suspendWatcher, &SuspendWatcher::suspending, this, &MainWindow::onSuspending);
+    connect(m_frameHelper, &FrameHelper::resize, this, &MainWindow::onResize);
+    connectPerLoad();
+}
+
+void MainWindow::connectPerLoad()
+{
+    // Made again on every load; dropping the old ones first means a second
+    // load never doubles a handler.
+    for (const QMetaObject::Connection& connection : qAsConst(m_perLoadConnections))
+        disconnect(connection);
+    m_perLoadConnections.clear();
+    QTableView* view = m_tableViewWidget->tableView();
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_perLoadConnections << connect(view, &QTableView::doubleClicked, this,
+                                    &MainWindow::onCellDoubleClicked);
+    m_perLoadConnections << connect(view, &QWidget::customContextMenuRequested, this,
+                                    &MainWindow::onContextMenuRequested);
+    m_perLoadConnections << connect(m_tableViewWidget, &TableViewWidget::infoButtonClicked, this,
+                                    &MainWindow::onInfoButtonClicked);
+    m_perLoadConnections << connect(m_tableViewWidget, &TableViewWidget::exportAsWavButtonClicked,
+                                    this, &MainWindow::onExportAsWavButtonClicked);
+}
+
+// ---- loading ----------------------------------------------------------------
+
+void MainWindow::openPath(const QString& path)
+{
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        showError(ErrorKind::InvalidPath, this);
+        return;
+    }
+    m_ddpPath = info.isFile() ? info.absolutePath() : info.absoluteFilePath();
+    load(QDir(m_ddpPath));
+}
+
+LoadResult MainWindow::load(const QDir& folder)
+{
+    m_player.stop();
+    resetDisplay();
+    connectPerLoad();
+
+    m_model = std::make_shared<DDPModel>();
+    m_transportController->setTrackNumberModel(m_model);
+
+    QTableView* view = m_tableViewWidget->tableView();
+    auto* delegate = new CellDelegate(m_model, view);
+    view->setItemDelegate(delegate);
+    if (m_cellDelegate)
+        m_cellDelegate->deleteLater();
+    m_cellDelegate = delegate;
+
+    LoadResult result = loadDdp(folder.absolutePath(), m_itemModel, *m_model);
+    if (result.kind == ErrorKind::NoError) {
+        m_tableViewWidget->installModel(m_itemModel, m_model);
+        m_attributesMenu->synchronize();
+        const QString image =
+            resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
+        if (!QFileInfo::exists(image))
+            result = {ErrorKind::ImageMissing, {}};
+    }
+
+    if (result.kind != ErrorKind::NoError) {
+        m_infoBox->clear();
+        showError(result, this);
+        return result;
+    }
+
+    m_player.setTrackSource(m_model);
+    const QString image =
+        resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
+    m_player.load(QFileInfo(image).absoluteFilePath(), {});
+    m_infoBox->setModel(*m_model);
+    startDisplayTimer();
+    refreshDisplay();
+    m_menuBar->setExportEnabled(true);
+    return result;
+}
+
+void MainWindow::startDisplayTimer()
+{
+    if (!m_displayTimer) {
+        m_displayTimer = new QTimer(this);
+        m_displayTimer->setObjectName(QStringLiteral("displayTimer"));
+        connect(m_displayTimer, &QTimer::timeout, this, &MainWindow::onTimeout);
+    }
+    m_displayTimer->start(kDisplayIntervalMs);
+}
+
+// ---- slots --------------------------------------------------------------------
+
+void MainWindow::onUpdate()
+{
+    QTableView* view = m_tableViewWidget->tableView();
+    const int row = m_model->currentRow();
+    if (row >= 0 && view->model() && row < view->model()->rowCount() - 1)
+        view->selectRow(row);
+    view->viewport()->update();
+}
+
+void MainWindow::onReset()
+{
+    if (sender() != m_transportController)
+        return;
+    if (m_player.isStopped())
+        timeWidget()->seekSlider()->setValue(0);
+    onUpdate();
+}
+
+void MainWindow::resetDisplay()
+{
+    timeWidget()->seekSlider()->setValue(0);
+    showTimes(0);
+}
+
+void MainWindow::onMinimize()
+{
+    showMinimized();
+}
+
+void MainWindow::onVolumeSliderValueChanged(int value)
+{
+    const double gain = value * 0.0001;
+    m_player.setVolume(gain);
+    volumeSliderWidget()->dBValueLabel()->setText(volumeDecibelText(value));
+    volumeSliderWidget()->setDisplayedValue(value);
+}
+
+void MainWindow::onVolumeSliderReleased() {}
+
+void MainWindow::onSeekSliderPosChanged(int value)
+{
+    const double length = currentTrackLength();
+    const float bytes = static_cast<float>(length * 0.0001 * value);
+    showTimes(static_cast<int>(static_cast<double>(bytes) / kBytesPerSecond));
+}
+
+void MainWindow::onSeekSliderReleased()
+{
+    m_player.seek(timeWidget()->seekSlider()->value() * 0.0001);
+}
+
+void MainWindow::onCellDoubleClicked(const QModelIndex& index)
+{
+    QTableView* view = m_tableViewWidget->tableView();
+    if (!index.isValid() || !view->model() || index.row() >= view->model()->rowCount() - 1)
+        return; // the summary row has no track
+    resetDisplay();
+    m_player.selectTrack(index.row());
+    m_model->setCurrentRow(m_player.currentTrackNumber());
+    startDisplayTimer();
+    onUpdate();
+}
+
+void MainWindow::onContextMenuRequested(const QPoint& pos)
+{
+    const QPoint global = m_tableViewWidget->tableView()->viewport()->mapToGlobal(pos);
+    m_attributesMenu->move(global);
+    m_attributesMenu->show();
+}
+
+void MainWindow::onActionOpenTriggered()
+{
+    m_player.stop();
+    const QString start = readSetting(kDefaultLoadDirKey).toString();
+    m_ddpPath = m_chooseFolder(this, tr("Open DDP"), start);
+    const QDir folder(m_ddpPath);
+    if (DdpFolderCheck(m_ddpPath)) {
+        load(folder);
+    } else if (!m_ddpPath.isEmpty()) {
+        if (!folder.exists(QStringLiteral("DDPID")))
+            showError(ErrorKind::DdpidMissing, this);
+        else if (!folder.exists(QStringLiteral("DDPMS")))
+            showError(ErrorKind::DdpmsMissing, this);
+    }
+    rememberParentDirectory(m_ddpPath, kDefaultLoadDirKey);
+}
+
+void MainWindow::onActionExitTriggered()
+{
+    close();
+}
+
+void MainWindow::onActionAboutTriggered()
+{
+    AboutDialog dialog(this);
+    dialog.exec();
+}
+
+void MainWindow::onInfoButtonClicked(std::int32_t row, QToolButton* button)
+{
+    QAbstractItemModel* table = m_tableViewWidget->tableView()->model();
+    if (!button || !table)
+        return;
+    auto* tip = new ToolTipWidget(table, row, this, button);
+    const QPoint centre((button->width() + 1) / 2, (button->height() + 1) / 2);
+    tip->showAt(button->mapToGlobal(centre));
+}
+
+void MainWindow::onExportAsWavButtonClicked(std::int32_t row)
+{
+    m_player.stop();
+    m_wavExport->setModel(m_model);
+    m_wavExport->exportTrack(row, m_ddpPath);
+}
+
+void MainWindow::onWavExportAllTriggered()
+{
+    m_player.stop();
+    m_wavExport->setModel(m_model);
+    m_wavExport->exportAllTracks(m_ddpPath);
+}
+
+void MainWindow::onTimeout()
+{
+    SeekSlider* seek = timeWidget()->seekSlider();
+    if (seek->isSliderDown())
+        return;
+    refreshDisplay();
+}
+
+void MainWindow::refreshDisplay()
+{
+    SeekSlider* seek = timeWidget()->seekSlider();
+    const double length = currentTrackLength();
+    const double position = m_player.position();
+    if (length > 0)
+        seek->setValue(static_cast<int>(position / length * kSliderMaximum));
+
+    if (length > 0 && position >= length && m_player.isPlaying()) {
+        m_player.onTrackEnded();
+        m_model->setCurrentRow(m_player.currentTrackNumber());
+        onUpdate();
+    }
+
+    timeWidget()->setTrackNumber(m_player.currentTrackNumber());
+    showTimes(wholeSecondsOfBytes(m_player.position()));
+
+    m_meterInfo = m_player.meterInfo();
+    m_meterSection->levelChanged(m_meterInfo);
+}
+
+void MainWindow::showTimes(int trackSeconds)
+{
+    const double length = currentTrackLength();
+    const int shownTrack = m_trackTimeRemaining
+                               ? static_cast<int>(length / kBytesPerSecond - trackSeconds)
+                               : trackSeconds;
+    timeWidget()->timeLabel()->setText(signedTimeText(shownTrack));
+
+    const auto& entries = m_model->entries();
+    int cdSeconds = cdSecondsAt(entries, m_player.currentTrackStart()) + trackSeconds;
+    if (m_cdTimeRemaining && entries.size() >= 2) {
+        const int total = cdSecondsAt(entries, entries[entries.size() - 2].bytePosition());
+        cdSeconds = total - cdSeconds;
+    }
+    timeWidget()->cdTimeLabel()->setText(signedTimeText(cdSeconds));
+}
+
+double MainWindow::currentTrackLength() const
+{
+    return m_player.currentTrackLength();
+}
+
+void MainWindow::onCdTimeLabelClicked()
+{
+    m_cdTimeRemaining = !m_cdTimeRemaining;
+    showTimes(wholeSecondsOfBytes(m_player.position()));
+}
+
+void MainWindow::onTrackTimeLabelClicked()
+{
+    m_trackTimeRemaining = !m_trackTimeRemaining;
+    showTimes(wholeSecondsOfBytes(m_player.position()));
+}
+
+void MainWindow::onResize(int deltaX, int deltaY)
+{
+    resize(width() + deltaX, height() + deltaY);
+}
+
+void MainWindow::onAudioDeviceChanged(const QString& device)
+{
+    const bool ok = m_player.initialize(device.toStdString());
+    checkAudioStartup(ok, m_player, this);
+}
+
+void MainWindow::onSuspending()
+{
+    m_player.stop();
+}
+
+// ---- events -------------------------------------------------------------------
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    const QString path = firstDroppedPath(event->mimeData());
+    if (DdpDropCheck(path)) {
+        event->setDropAction(event->proposedAction());
+        event->accept();
+    } else {
+        QToolTip::showText(QCursor::pos(), tr("This is not a DDP image or folder."));
+        event->ignore();
+    }
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event)
+{
+    QMainWindow::dragMoveEvent(event);
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    const QString path = firstDroppedPath(event->mimeData());
+    const QFileInfo info(path);
+    m_ddpPath = info.isFile() ? info.absolutePath() : info.absoluteFilePath();
+    event->acceptProposedAction();
+    // Loading may open a modal dialog: not inside the drag and drop handler.
+    const QString folder = m_ddpPath;
+    QTimer::singleShot(0, this, [this, folder] { load(QDir(folder)); });
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    m_player.stop();
+    m_player.closeStream();
+    writeSetting(kMainWindowGeometryKey, saveGeometry());
+    m_tableViewWidget->saveHeaderState();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+}
+
+bool MainWindow::nativeEvent(const QByteArray& eventType, void* message, long* result)
+{
+    if (m_frameHelper && m_frameHelper->handleNativeEvent(eventType, message, result))
+        return true;
+#ifdef Q_OS_WIN
+    MSG* msg = static_cast<MSG*>(message);
+    if (msg->message == WM_POWERBROADCAST && msg->wParam == PBT_APMSUSPEND)
+        m_player.stop();
+#endif
+    return QMainWindow::nativeEvent(eventType, message, result);
+}
