@@ -111,6 +111,28 @@ private slots:
         QVERIFY(widget.header()->isVisibleTo(&widget));
     }
 
+    void everyLoadGetsAFreshHeader()
+    {
+        Disc first({1, 1});
+        auto widget = loaded(first);
+        const QPointer<FilterHeaderView> old = widget->header();
+        old->moveSection(old->visualIndex(8), 2);
+
+        Disc second({0, 1});
+        widget->installModel(&second.table, second.model);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!old);
+        QVERIFY(widget->header());
+        QCOMPARE(widget->tableView()->horizontalHeader(), widget->header());
+        // The new header still keeps "Type" and "Track" in front.
+        widget->header()->moveSection(widget->header()->visualIndex(6), 0);
+        QCOMPARE(widget->header()->logicalIndex(0), 0);
+        QVERIFY(widget->exportButton(1) && !widget->exportButton(0));
+        // And the Track column still snaps back to its buttons.
+        widget->tableView()->setColumnWidth(1, 10);
+        QCOMPARE(widget->tableView()->columnWidth(1), 70);
+    }
+
     void buttonsPerRowKind()
     {
         Disc disc({0, 1, 2, 1});
