@@ -38,6 +38,16 @@ void MeterSectionWidget::levelChanged(MeterInfo info)
     m_numericalDisplay->levelChanged(info);
 }
 
+void MeterSectionWidget::reset()
+{
+    m_levelMeter->reset();
+}
+
+void MeterSectionWidget::setState(int state)
+{
+    m_levelMeter->setState(state);
+}
+
 void MeterSectionWidget::paintEvent(QPaintEvent*)
 {
     QPainter p(this);

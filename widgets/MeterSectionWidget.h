@@ -23,6 +23,10 @@ public:
 
 public slots:
     void levelChanged(MeterInfo info);
+    // Both go to the level meter: blank it (stop, new image), and tell it
+    // the player's state (Audio::TransportState as a number).
+    void reset();
+    void setState(int state);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
