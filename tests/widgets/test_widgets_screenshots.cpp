@@ -201,6 +201,25 @@ private slots:
         }
     }
 
+    void manyTracks()
+    {
+        // Enough rows for the vertical scroll bar.
+        QTemporaryDir dir;
+        QVERIFY(mkddp::writeDisc(mkddp::simpleDisc(30, 2), dir.path()));
+        QStandardItemModel table;
+        auto model = std::make_shared<DDPModel>();
+        QCOMPARE(int(loadDdp(dir.path(), &table, *model).kind), int(ErrorKind::NoError));
+        model->setCurrentRow(12);
+        TableViewWidget widget;
+        widget.resize(466, 420);
+        widget.installModel(&table, model);
+        widget.tableView()->setItemDelegate(new CellDelegate(model, &widget));
+        widget.tableView()->scrollTo(widget.proxyModel()->index(12, 0));
+        widget.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&widget));
+        save(widget, QStringLiteral("table-many-tracks"));
+    }
+
     void meterLevels()
     {
         const struct
