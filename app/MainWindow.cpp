@@ -37,6 +37,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMimeData>
 #include <QSizeGrip>
 #include <QStandardItemModel>
@@ -445,11 +446,24 @@ void MainWindow::refreshDisplay()
         onUpdate();
     }
 
-    timeWidget()->setTrackNumber(m_player.currentTrackNumber());
+    showTrackNumber();
     showTimes(wholeSecondsOfBytes(m_player.position()));
 
     m_meterInfo = m_player.meterInfo();
     m_meterSection->levelChanged(m_meterInfo);
+}
+
+void MainWindow::showTrackNumber()
+{
+    // The player counts rows; the label shows the disc's own track number of
+    // that row ("01" for the first track whether or not a pause row is shown).
+    const int row = m_player.currentTrackNumber();
+    const QStandardItem* item =
+        row >= 0 && row < m_itemModel->rowCount() - 1 ? m_itemModel->item(row, 1) : nullptr;
+    if (item && !item->text().trimmed().isEmpty())
+        timeWidget()->trackLabel()->setText(item->text());
+    else
+        timeWidget()->setTrackNumber(row);
 }
 
 void MainWindow::showTimes(int trackSeconds)

@@ -111,6 +111,7 @@ private:
     void resetDisplay();
     void refreshDisplay();
     void showTimes(int trackSeconds);
+    void showTrackNumber();
     double currentTrackLength() const;
     void startDisplayTimer();
 
