@@ -457,6 +457,8 @@ void MainWindow::showTrackNumber()
 {
     // The player counts rows; the label shows the disc's own track number of
     // that row ("01" for the first track whether or not a pause row is shown).
+    if (m_itemModel->rowCount() == 0)
+        return; // nothing loaded: the label keeps its "01"
     const int row = m_player.currentTrackNumber();
     const QStandardItem* item =
         row >= 0 && row < m_itemModel->rowCount() - 1 ? m_itemModel->item(row, 1) : nullptr;
