@@ -63,10 +63,21 @@ void DiskStreaming::openFile(const QString& path, std::function<void()> endOfFil
 
 void DiskStreaming::play()
 {
+    m_meterResetRequested.store(true, std::memory_order_release);
+    // With actions still queued (a pause or a jump whose fade-out runs), a
+    // restart from silence would leave them behind, to strike at some later
+    // fade, and a jump's completion would never come. Queue the play after
+    // them instead, so that everything happens in the order asked.
+    if (!m_fade.actions.empty()) {
+        // When even the play cannot be queued, the fade under way still
+        // drains the queue; the state is set here in any case.
+        requestFade(FadeAction::Play, true, -1, 0, {});
+        m_position.state.store(TransportState::Playing, std::memory_order_release);
+        return;
+    }
     // fadeState before state: whoever sees "playing" sees the fade-in too.
     m_fade.fadeState.store(StartingFadeIn, std::memory_order_release);
     m_position.state.store(TransportState::Playing, std::memory_order_release);
-    m_meterResetRequested.store(true, std::memory_order_release);
 }
 
 void DiskStreaming::pause()
@@ -197,6 +208,11 @@ void DiskStreaming::requestPrime(std::uint32_t offset)
 
 void DiskStreaming::applyRequests()
 {
+    // Actions queued while no fade runs would wait for some later fade;
+    // run a fade-out for them now.
+    std::uint32_t idle = Idle;
+    if (!m_fade.actions.empty())
+        m_fade.fadeState.compare_exchange_strong(idle, FadingOut, std::memory_order_acq_rel);
     if (m_meterResetRequested.load(std::memory_order_relaxed) &&
         m_meterResetRequested.exchange(false, std::memory_order_acq_rel))
         m_meter.reset();
@@ -267,6 +283,9 @@ void DiskStreaming::runActions()
         switch (action.kind) {
         case FadeAction::Pause:
             m_position.state.store(TransportState::Paused, std::memory_order_release);
+            break;
+        case FadeAction::Play:
+            m_position.state.store(TransportState::Playing, std::memory_order_release);
             break;
         case FadeAction::StopNow:
             stopNow();
@@ -426,9 +445,12 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
             volume += (target - volume) * kVolumeGlide;
         else
             volume = target;
+        // Actions may set the position themselves: what this callback
+        // counted so far must be in place before they run.
+        if (fadeState == RunningActions)
+            publishPosition();
         if (stepFade()) {
             // The actions may have moved the position, the chunk or the state.
-            publishPosition();
             positionAtStart = position = m_position.samplePosition.load(std::memory_order_acquire);
             followReadRequest();
             playing = isPlaying();

@@ -109,6 +109,7 @@ public:
     bool isPaused() const { return state() == TransportState::Paused; }
     TransportState state() const { return m_position.state.load(std::memory_order_acquire); }
     std::uint32_t fadeState() const { return m_fade.fadeState.load(std::memory_order_acquire); }
+    bool hasQueuedActions() const { return !m_fade.actions.empty(); }
     MeterInfo meterInfo() const { return m_meter.read(); }
     void resetPeaks();
     float volume() const { return m_volume.load(std::memory_order_relaxed); }

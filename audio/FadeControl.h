@@ -17,6 +17,7 @@ struct FadeAction
         StopNow,  // stopNow(), then done when set
         Jump,     // adopt the preload, read on behind it, then done when set
         SeekJump, // the same inside the current track, samplePosition = target / 2
+        Play,     // state = playing: a play that came while actions were queued
     };
     Kind kind = Pause;
     int preloadSlot = -1;     // Jump, SeekJump

@@ -34,6 +34,7 @@ private slots:
     void jumpLandsOnFrameBoundary();
     void seekClampsRoundsAndRefusesDuringFade();
     void stopAndPauseTransitions();
+    void requestsDuringAFadeRunInOrder();
     void endOfFileCallbackOnlyAtTheEnd();
     void volumeGlidesAndCountsTwiceInTheMeter();
 
@@ -237,6 +238,37 @@ void TestAudioStreaming::stopAndPauseTransitions()
     const std::vector<float> out = drive(streaming, 256, 2048);
     QCOMPARE(streaming.position(), 2048.0f * 4);
     QCOMPARE(checkTail(out, streaming, 1500), QString());
+}
+
+void TestAudioStreaming::requestsDuringAFadeRunInOrder()
+{
+    DiskStreaming streaming;
+    openAndPrime(streaming, 4 * 100);
+    // A stop as playback starts, all inside one callback: the stop's own
+    // zero must not be overwritten by the frames the callback counted.
+    streaming.play();
+    streaming.stop();
+    drive(streaming, 2048, 2048);
+    QVERIFY(streaming.isStopped());
+    QCOMPARE(streaming.position(), 0.0f);
+
+    // Pause, then play again before the fade-out ends: playback goes on,
+    // and the pause does not linger to strike at the next jump.
+    streaming.play();
+    drive(streaming, 256, 1024);
+    streaming.pause();
+    drive(streaming, 100, 100);
+    streaming.play();
+    drive(streaming, 256, 2048);
+    QVERIFY(streaming.isPlaying());
+    QVERIFY(!streaming.hasQueuedActions());
+    bool jumped = false;
+    QVERIFY(
+        streaming.setCurrentSampleInFileAndFadeOutFadeIn(4 * 5000, [&jumped] { jumped = true; }));
+    const std::vector<float> out = drive(streaming, 256, 2048);
+    QVERIFY(jumped);
+    QVERIFY(streaming.isPlaying());
+    QCOMPARE(checkTail(out, streaming, 1000), QString());
 }
 
 void TestAudioStreaming::endOfFileCallbackOnlyAtTheEnd()
