@@ -1,0 +1,144 @@
+// `tivora-ddp play` on the test environment's null sink, recorded from the
+// sink's monitor with parec: past the fade-in the recording must be the
+// image's samples x 3.051851e-5, bit for bit. Skips without PulseAudio.
+#include "PulseTestSupport.h"
+
+#include "tools/mkddp/Mkddp.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <cstring>
+
+using namespace audiotest;
+
+namespace {
+
+QString tivoraDdp()
+{
+    return QDir(qEnvironmentVariable("TIVORA_BINARY_DIR"))
+        .filePath(QStringLiteral("tools/tivora-ddp/tivora-ddp"));
+}
+
+constexpr float kConversion = 3.051851e-5f;
+constexpr int kFadeFrames = 440;
+constexpr int kCompareFrames = 2 * 44100;
+
+} // namespace
+
+class TestAudioPlayCommand : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void recordingIsTheImageBitForBit();
+    void failuresExitWithOne();
+};
+
+void TestAudioPlayCommand::recordingIsTheImageBitForBit()
+{
+    if (!pulseAnswers())
+        QSKIP("no PulseAudio server answers (start tools/test-env.sh)");
+    if (QStandardPaths::findExecutable(QStringLiteral("parec")).isEmpty())
+        QSKIP("parec is not installed");
+    QVERIFY(QFile::exists(tivoraDdp()));
+
+    QTemporaryDir dir;
+    const mkddp::DiscSpec spec = mkddp::simpleDisc(2, 4);
+    QString error;
+    QVERIFY2(mkddp::writeDisc(spec, dir.filePath(QStringLiteral("disc")), &error),
+             qPrintable(error));
+    const mkddp::TestPattern pattern(spec);
+
+    const QString recordingPath = dir.filePath(QStringLiteral("recording.raw"));
+    QProcess recorder;
+    recorder.setStandardOutputFile(recordingPath);
+    recorder.start(QStringLiteral("parec"),
+                   {QStringLiteral("--device=%1.monitor").arg(nullSinkName()),
+                    QStringLiteral("--format=float32le"), QStringLiteral("--rate=44100"),
+                    QStringLiteral("--channels=2"), QStringLiteral("--raw"),
+                    QStringLiteral("--latency-msec=20")});
+    QVERIFY(recorder.waitForStarted(5000));
+    QTest::qWait(500);
+
+    QProcess player;
+    player.start(tivoraDdp(), {QStringLiteral("play"), dir.filePath(QStringLiteral("disc")),
+                               QStringLiteral("--seconds"), QStringLiteral("3.5")});
+    QVERIFY(player.waitForFinished(20000));
+    QCOMPARE(player.exitCode(), 0);
+    QTest::qWait(500);
+    recorder.terminate();
+    QVERIFY(recorder.waitForFinished(5000));
+
+    QFile file(recordingPath);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    const auto* recording = reinterpret_cast<const float*>(bytes.constData());
+    const int frames = bytes.size() / 8;
+    int first = 0;
+    while (first < frames && recording[2 * first] == 0.0f && recording[2 * first + 1] == 0.0f)
+        ++first;
+    const int start = first + kFadeFrames + 4;
+    QVERIFY2(frames - start >= kCompareFrames,
+             qPrintable(
+                 QStringLiteral("only %1 frames recorded after the fade-in").arg(frames - start)));
+
+    // Align by the frame counter the pattern carries: the track starts at
+    // the end of the 2-second pause, and the counter fixes the frame.
+    const auto left = static_cast<qint16>(std::lrint(recording[2 * start] / kConversion));
+    const auto right = static_cast<qint16>(std::lrint(recording[2 * start + 1] / kConversion));
+    const quint32 trackStart = 2 * 44100;
+    const quint32 guess = trackStart + static_cast<quint32>(start - first);
+    quint32 imageFrame = (guess & ~0xFFFFu) | mkddp::patternCounter(left, right);
+    if (imageFrame + 0x8000u < guess)
+        imageFrame += 0x10000u;
+    else if (imageFrame > guess + 0x8000u)
+        imageFrame -= 0x10000u;
+
+    for (int k = 0; k < kCompareFrames; ++k) {
+        for (int c = 0; c < 2; ++c) {
+            const float want =
+                static_cast<float>(pattern.sample(imageFrame + static_cast<quint32>(k), c)) *
+                kConversion;
+            const float got = recording[2 * (start + k) + c];
+            if (std::memcmp(&got, &want, sizeof(float)) != 0)
+                QFAIL(qPrintable(QStringLiteral("recorded frame %1 (image frame %2) channel %3: "
+                                                "%4, want %5")
+                                     .arg(start + k)
+                                     .arg(imageFrame + static_cast<quint32>(k))
+                                     .arg(c)
+                                     .arg(double(got), 0, 'g', 9)
+                                     .arg(double(want), 0, 'g', 9)));
+        }
+    }
+}
+
+void TestAudioPlayCommand::failuresExitWithOne()
+{
+    QVERIFY(QFile::exists(tivoraDdp()));
+    QTemporaryDir dir;
+    QProcess player;
+    player.start(tivoraDdp(), {QStringLiteral("play"), dir.filePath(QStringLiteral("missing"))});
+    QVERIFY(player.waitForFinished(20000));
+    QCOMPARE(player.exitCode(), 1);
+    const QString text = QString::fromLocal8Bit(player.readAllStandardError());
+    QVERIFY2(text.startsWith(QStringLiteral("Error 4: ")), qPrintable(text));
+
+    // A folder without DDPID: kind 6.
+    player.start(tivoraDdp(), {QStringLiteral("play"), dir.path()});
+    QVERIFY(player.waitForFinished(20000));
+    QCOMPARE(player.exitCode(), 1);
+    QVERIFY(QString::fromLocal8Bit(player.readAllStandardError())
+                .startsWith(QStringLiteral("Error 6: ")));
+
+    player.start(tivoraDdp(), {QStringLiteral("play"), QStringLiteral("--seconds")});
+    QVERIFY(player.waitForFinished(20000));
+    QCOMPARE(player.exitCode(), 2);
+}
+
+QTEST_GUILESS_MAIN(TestAudioPlayCommand)
+#include "test_audio_play_command.moc"
