@@ -377,6 +377,10 @@ int CustomStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
         return 5;
     case PM_MenuPanelWidth:
         return 1;
+    case PM_MenuVMargin:
+        return 4;
+    case PM_MenuHMargin:
+        return 2;
     case PM_ButtonIconSize:
     case PM_SmallIconSize:
         return 16;

@@ -34,6 +34,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QMenu>
 #include <QSlider>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
@@ -268,7 +269,18 @@ private slots:
         save(popup, QStringLiteral("row-popup"));
         popup.hide();
 
+        // The program menu as the menu bar fills it, the attributes inside.
         AttributesMenu menu(trackTableHeaderNames(), window.table->tableView());
+        window.menuBar->addOpenAction();
+        window.menuBar->attachAttributesMenu(&menu);
+        window.menuBar->addExportAction();
+        window.menuBar->addAboutAction();
+        window.menuBar->programMenu()->popup(QPoint(10, 10));
+        QVERIFY(QTest::qWaitForWindowExposed(window.menuBar->programMenu()));
+        window.menuBar->programMenu()->setActiveAction(window.menuBar->openAction());
+        save(*window.menuBar->programMenu(), QStringLiteral("program-menu"));
+        window.menuBar->programMenu()->close();
+
         window.table->hideColumn(9);
         menu.synchronize();
         menu.popup(QPoint(10, 10));
