@@ -2,6 +2,7 @@
 
 #include "widgets/FilterHeaderView.h"
 
+#include <QLabel>
 #include <QPointer>
 #include <QWidget>
 
@@ -10,7 +11,6 @@
 
 class IDrawInfoProvider;
 class QAbstractItemModel;
-class QLabel;
 class QSortFilterProxyModel;
 class QTableView;
 class QToolButton;
