@@ -550,10 +550,13 @@ void MainWindow::dropEvent(QDropEvent* event)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    m_player.stop();
-    m_player.closeStream();
     writeSetting(kMainWindowGeometryKey, saveGeometry());
     m_tableViewWidget->saveHeaderState();
+    // Closing the device can take a moment (PulseAudio plays out what it
+    // holds): the window goes first so the program feels closed at once.
+    hide();
+    m_player.stop();
+    m_player.closeStream();
     QMainWindow::closeEvent(event);
 }
 

@@ -4,8 +4,12 @@
 #include "widgets/CustomStyle.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QSettings>
 #include <QStringList>
+#include <QTimer>
+
+#include <cstdio>
 
 int main(int argc, char* argv[])
 {
@@ -27,7 +31,18 @@ int main(int argc, char* argv[])
     if (args.size() > 1) {
         const QString path = args.at(1);
         QMetaObject::invokeMethod(
-            &window, [&window, path] { window.openPath(path); }, Qt::QueuedConnection);
+            &window,
+            [&window, path] {
+                window.openPath(path);
+                // For measuring start-up: quit once the loaded disc is on screen.
+                if (qEnvironmentVariableIsSet("TIVORA_QUIT_AFTER_LOAD")) {
+                    window.repaint();
+                    std::fprintf(stderr, "loaded-and-shown %lld\n",
+                                 static_cast<long long>(QDateTime::currentMSecsSinceEpoch()));
+                    QTimer::singleShot(0, qApp, &QApplication::quit);
+                }
+            },
+            Qt::QueuedConnection);
     }
     return QApplication::exec();
 }
