@@ -117,10 +117,14 @@ DiscSpec demoDisc()
     }
     spec.tracks[0].pauseFrames = cdFrames(2);
     spec.tracks[1].indexOffsets = {cdFrames(12)};
-    spec.upcEan = "0000000000000";
+    // A short pause before the track after the index 02, so that the index
+    // 01 entry follows its own pause entry and keeps its own ISRC.
+    spec.tracks[2].pauseFrames = cdFrames(1);
+    spec.upcEan = "0712345678904";
     spec.cdText = true;
     spec.album.title = QStringLiteral("Tivora Demo Disc");
     spec.album.performer = QStringLiteral("Tivora Demo Ensemble");
+    spec.album.code = QString::fromLatin1(spec.upcEan);
     spec.genre = 17; // New Age
     spec.content = AudioContent::DemoMusic;
     return spec;
