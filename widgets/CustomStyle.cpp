@@ -394,9 +394,6 @@ int CustomStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
                            QStyleHintReturn* returnData) const
 {
     switch (hint) {
-    case SH_Slider_AbsoluteSetButtons:
-        // The seek slider maps clicks itself; the volume jumps to the click too.
-        return qobject_cast<const SeekSlider*>(widget) ? 0 : int(Qt::LeftButton);
     case SH_UnderlineShortcut:
         return 0;
     case SH_ToolTip_WakeUpDelay:

@@ -2,10 +2,27 @@
 
 #include <QMouseEvent>
 
-SeekSlider::SeekSlider(QWidget* parent) : QSlider(parent) {}
+namespace {
+
+// Near the ends the handle cannot sit centred under the click, so QSlider
+// sees a press beside it and would page on from the value just set. With no
+// page step that paging leaves the value where the click put it.
+void keepClicksExact(QSlider& slider)
+{
+    slider.setPageStep(0);
+}
+
+} // namespace
+
+SeekSlider::SeekSlider(QWidget* parent) : QSlider(parent)
+{
+    keepClicksExact(*this);
+}
 
 SeekSlider::SeekSlider(Qt::Orientation orientation, QWidget* parent) : QSlider(orientation, parent)
-{}
+{
+    keepClicksExact(*this);
+}
 
 int SeekSlider::valueAt(const QPoint& pos) const
 {

@@ -6,6 +6,7 @@
 #include "widgets/AboutDialog.h"
 #include "widgets/ClickableLabel.h"
 #include "widgets/ContextMenuEventFilter.h"
+#include "widgets/CustomStyle.h"
 #include "widgets/FontTable.h"
 #include "widgets/InfoBoxWidget.h"
 #include "widgets/PixmapRoutines.h"
@@ -19,8 +20,11 @@
 
 #include <QContextMenuEvent>
 #include <QFile>
+#include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QStandardItemModel>
@@ -305,6 +309,44 @@ private slots:
         // A row that does not exist shows nothing rather than failing.
         ToolTipWidget none(&model, 9);
         QVERIFY(none.rows().isEmpty());
+    }
+
+    void styleRules()
+    {
+        CustomStyle style;
+        // Hover tracking where the look depends on it.
+        QScrollBar bar;
+        QPushButton push;
+        QHeaderView header(Qt::Horizontal);
+        for (QWidget* w : std::initializer_list<QWidget*>{&bar, &push, &header}) {
+            w->setAttribute(Qt::WA_Hover, false);
+            style.polish(w);
+            QVERIFY(w->testAttribute(Qt::WA_Hover));
+        }
+        // The current row's icon turns white, keeping its shape.
+        const QPixmap icon = renderIcon(QStringLiteral(":track_icon"), QSize(24, 24));
+        const QImage selected = style.generatedIconPixmap(QIcon::Selected, icon, nullptr).toImage();
+        const QImage normal = icon.toImage();
+        for (int y = 0; y < 24; ++y)
+            for (int x = 0; x < 24; ++x) {
+                QCOMPARE(selected.pixelColor(x, y).alpha(), normal.pixelColor(x, y).alpha());
+                if (selected.pixelColor(x, y).alpha() == 255)
+                    QCOMPARE(selected.pixelColor(x, y).rgb(), QColor(Qt::white).rgb());
+            }
+        // The seek slider's exact mapping survives the style: QSlider asks
+        // for absolute-set buttons without naming the slider, so a style
+        // that granted them would move the handle a second time.
+        SeekSlider seek(Qt::Horizontal);
+        seek.setStyle(&style);
+        seek.setRange(0, 10000);
+        seek.resize(400, 14);
+        for (int x : {101, 399}) {
+            QTest::mousePress(&seek, Qt::LeftButton, {}, QPoint(x, 7));
+            QCOMPARE(seek.value(), x * 10000 / 400);
+            QTest::mouseRelease(&seek, Qt::LeftButton, {}, QPoint(x, 7));
+            QCOMPARE(seek.value(), x * 10000 / 400);
+        }
+        seek.setStyle(nullptr);
     }
 
     void contextMenuEventsAreSwallowed()
