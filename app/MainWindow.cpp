@@ -450,6 +450,9 @@ void MainWindow::refreshDisplay()
     showTimes(wholeSecondsOfBytes(m_player.position()));
 
     m_meterInfo = m_player.meterInfo();
+    // The meters fall slowly while playing and quickly once stopped (1) or
+    // paused (2), so a silenced track does not look as if it still played.
+    m_meterSection->setState(m_player.isPlaying() ? 0 : m_player.isPaused() ? 2 : 1);
     m_meterSection->levelChanged(m_meterInfo);
 }
 
