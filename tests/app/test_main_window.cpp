@@ -14,7 +14,9 @@
 
 #include "widgets/TransportButton.h"
 
+#include <QCheckBox>
 #include <QLabel>
+#include <QMenu>
 #include <QMimeData>
 #include <QSettings>
 #include <QStandardItemModel>
@@ -243,6 +245,43 @@ private slots:
         QCOMPARE(window.model()->currentRow(), 2);
         QCOMPARE(window.player().currentTrackNumber(), 2);
         window.player().stop();
+    }
+
+    void devicesMenuListsOutputsOnly()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        if (window.player().lastSetupResult().kind != 0)
+            QSKIP("no audio device");
+        QMenu* devices = window.menuBarWidget()->devicesMenu();
+        emit devices->aboutToShow();
+        const auto boxes = devices->findChildren<QCheckBox*>();
+        QVERIFY(!boxes.isEmpty());
+        int checked = 0;
+        for (QCheckBox* box : boxes) {
+            QVERIFY2(!box->text().startsWith(QLatin1String("Monitor of")), qPrintable(box->text()));
+            checked += box->isChecked() ? 1 : 0;
+        }
+        QCOMPARE(checked, 1); // the device in use
+        // Choosing one stores it and keeps exactly one ticked.
+        boxes.first()->setChecked(false);
+        boxes.first()->setChecked(true);
+        QCOMPARE(readSetting(kAudioDeviceIdKey).toString(), boxes.first()->text());
+        // Opening again rebuilds the list rather than adding to it.
+        emit devices->aboutToShow();
+        QCOMPARE(devices->findChildren<QCheckBox*>().size(), boxes.size());
+    }
+
+    void suspendStopsPlayback()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        if (window.player().lastSetupResult().kind != 0)
+            QSKIP("no audio device: stopping waits for the fade-out on the audio thread");
+        window.openPath(m_disc);
+        window.player().play();
+        window.onSuspending();
+        QTRY_VERIFY(window.player().isStopped());
     }
 
     void aFailedLoadLeavesAnEmptyTable()
