@@ -1,0 +1,113 @@
+// The audio thread's work while playing: one process() call per 256-frame
+// device buffer (5.8 ms of audio), at full volume with no fade, the level
+// meter fed. Eight calls (one refill chunk) are timed together; between
+// batches the reader thread is given time to refill, outside the timing,
+// so that the figure is the callback alone. Also the reader's side: one
+// 8 KiB chunk read from a file in the page cache and converted.
+#include "audio/DiskStreaming.h"
+#include "audio/StreamingConstants.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <vector>
+
+namespace {
+
+constexpr unsigned kFrames = 256;
+constexpr double kBudgetNs = 1e9 * kFrames / 44100.0; // 5.8 ms
+
+// Thirty seconds of a changing 16-bit signal.
+QString writeImage(const QTemporaryDir& dir)
+{
+    const int frames = 30 * 44100;
+    QByteArray bytes(frames * 4, '\0');
+    for (int i = 0; i < frames * 2; ++i) {
+        const auto v = static_cast<quint16>(i * 2654435761u >> 16);
+        bytes[2 * i] = static_cast<char>(v & 0xFF);
+        bytes[2 * i + 1] = static_cast<char>(v >> 8);
+    }
+    const QString path = QDir(dir.path()).filePath(QStringLiteral("IMAGE.DAT"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        return {};
+    return path;
+}
+
+void BM_ProcessPlaying256(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    const QString image = writeImage(dir);
+    Audio::DiskStreaming streaming;
+    streaming.openFile(image, {});
+    streaming.setCurrentSampleInFile(0);
+    streaming.waitForReader();
+    streaming.play();
+    std::vector<float> out(2 * kFrames);
+    while (streaming.fadeState() != Audio::Idle)
+        streaming.process(out.data(), kFrames);
+    const std::uint64_t underrunsBefore = streaming.underrunCount();
+
+    const auto imageBytes = static_cast<float>(30 * 176400 - 8192 * 2);
+    double timedSeconds = 0.0;
+    for (auto _ : state) {
+        if (streaming.position() >= imageBytes) {
+            streaming.setCurrentSampleInFile(0); // start over, untimed
+        }
+        streaming.waitForReader();
+        const auto start = std::chrono::steady_clock::now();
+        for (int i = 0; i < 8; ++i)
+            streaming.process(out.data(), kFrames);
+        const auto end = std::chrono::steady_clock::now();
+        benchmark::DoNotOptimize(out.data());
+        const double seconds = std::chrono::duration<double>(end - start).count() / 8;
+        timedSeconds += seconds;
+        state.SetIterationTime(seconds);
+    }
+    state.counters["ns_per_frame"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * kFrames,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["frames/s"] = benchmark::Counter(
+        static_cast<double>(state.iterations()) * kFrames, benchmark::Counter::kIsRate);
+    // Share of the real-time budget of one buffer, in percent.
+    state.counters["budget_pct"] =
+        100.0 * timedSeconds * 1e9 / static_cast<double>(state.iterations()) / kBudgetNs;
+    state.counters["underruns"] = static_cast<double>(streaming.underrunCount() - underrunsBefore);
+}
+BENCHMARK(BM_ProcessPlaying256)
+    ->UseManualTime()
+    ->Unit(benchmark::kNanosecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+// What the reader does for one refill: seek, read 8 KiB, convert.
+void BM_ReaderRefill8KiB(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    QFile file(writeImage(dir));
+    file.open(QIODevice::ReadOnly);
+    std::vector<char> bytes(Audio::kRefillChunkBytes);
+    std::vector<float> samples(Audio::kRefillChunkSamples);
+    qint64 offset = 0;
+    for (auto _ : state) {
+        file.seek(offset);
+        const qint64 got = file.read(bytes.data(), Audio::kRefillChunkBytes);
+        Audio::convertSamples(bytes.data(), static_cast<std::uint32_t>(got), samples.data());
+        benchmark::DoNotOptimize(samples.data());
+        offset = (offset + Audio::kRefillChunkBytes) % (29 * 176400);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            Audio::kRefillChunkBytes);
+}
+BENCHMARK(BM_ReaderRefill8KiB)
+    ->Unit(benchmark::kNanosecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+} // namespace
+
+BENCHMARK_MAIN();
