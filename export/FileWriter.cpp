@@ -8,33 +8,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
 
 namespace {
 
 bool cancelled()
 {
     return QThread::currentThread()->isInterruptionRequested();
-}
-
-// QFile::read may return less than asked only at the end of the file; what
-// lies beyond the end reads as silence, as the zero-filled buffer of a fresh
-// range would hold it.
-bool readPiece(QFile& file, char* data, qint64 size)
-{
-    qint64 done = 0;
-    while (done < size) {
-        const qint64 got = file.read(data + done, size - done);
-        if (got < 0)
-            return false;
-        if (got == 0)
-            break;
-        done += got;
-    }
-    std::memset(data + done, 0, static_cast<std::size_t>(size - done));
-    return true;
 }
 
 void removePartialFile(const QString& path)
@@ -69,24 +48,6 @@ QString FileWriter::writeFailure(QFile& out)
     return tr("Could not write \"%1\": %2").arg(m_outputPath, detail);
 }
 
-char* FileWriter::rangeBuffer(qint64 length)
-{
-    // The whole range is held in memory once. The buffer stays for the next
-    // track of an all-tracks export and grows only for a longer one: fresh
-    // pages cost a fault and a kernel zero fill each, and paying that for
-    // every track made an export twice as slow as a plain copy.
-    if (length > m_bufferSize || !m_buffer) {
-        m_buffer.reset();
-        m_bufferSize = 0;
-        m_buffer.reset(
-            static_cast<char*>(std::malloc(static_cast<std::size_t>(std::max<qint64>(length, 1)))));
-        if (!m_buffer)
-            return nullptr;
-        m_bufferSize = length;
-    }
-    return m_buffer.get();
-}
-
 QString FileWriter::copyRange()
 {
     Q_ASSERT(QThread::currentThread() == thread());
@@ -98,22 +59,25 @@ QString FileWriter::copyRange()
             .arg(m_start)
             .arg(m_end);
 
-    char* buffer = rangeBuffer(length);
-    if (!buffer)
-        return tr("Not enough memory to export %1 bytes.").arg(length);
-
+    // The image stays open until the range is written: the range may be its
+    // mapped pages.
     QFile image(m_imagePath);
     if (!image.open(QIODevice::ReadOnly))
         return tr("Could not open the audio image \"%1\": %2")
             .arg(m_imagePath, image.errorString());
-    if (!image.seek(m_start))
-        return tr("Could not read the audio image \"%1\": %2")
-            .arg(m_imagePath, image.errorString());
+    struct Release
+    {
+        ImageRange& range;
+        ~Release() { range.release(); }
+    } release{m_range};
+    if (!m_range.reset(image, m_start, length))
+        return tr("Not enough memory to export %1 bytes.").arg(length);
+
+    const QString readError = tr("Could not read the audio image \"%1\".").arg(m_imagePath);
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
-        if (!readPiece(image, buffer + done, piece))
-            return tr("Could not read the audio image \"%1\": %2")
-                .arg(m_imagePath, image.errorString());
+        if (!m_range.load(done, piece))
+            return readError;
         if (cancelled())
             return tr("The export was cancelled.");
         if (piece == kPieceSize) {
@@ -122,18 +86,18 @@ QString FileWriter::copyRange()
         }
     }
     reportProgress(length);
-    image.close();
 
-    // Write-only truncates a file that is already there.
+    // Write-only truncates a file that is already there. Unbuffered: every
+    // write goes to the system at once, and its failure shows at once.
     QFile out(m_outputPath);
-    if (!out.open(QIODevice::WriteOnly))
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return tr("Could not create \"%1\": %2").arg(m_outputPath, out.errorString());
     const QByteArray header = wavHeader(static_cast<std::uint32_t>(length));
     if (out.write(header) != header.size())
         return writeFailure(out);
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
-        if (out.write(buffer + done, piece) != piece)
+        if (!m_range.writeTo(out, done, piece))
             return writeFailure(out);
         if (cancelled()) {
             out.close();
@@ -146,10 +110,6 @@ QString FileWriter::copyRange()
         }
     }
     reportProgress(length);
-    // Buffered bytes can still fail to reach the disk (a full disk says so
-    // only now).
-    if (!out.flush())
-        return writeFailure(out);
     out.close();
     if (out.error() != QFileDevice::NoError)
         return writeFailure(out);

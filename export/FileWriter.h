@@ -1,11 +1,10 @@
 #pragma once
 
+#include "export/ImageRange.h"
+
 #include <QFile>
 #include <QObject>
 #include <QString>
-
-#include <cstdlib>
-#include <memory>
 
 // The base of the export workers. A worker is made on the GUI thread, moved to
 // the exporter's worker thread and run there by `process()`; it has no widgets
@@ -21,6 +20,10 @@ class FileWriter : public QObject
 public:
     // Bytes moved per read and per write call.
     static constexpr qint64 kPieceSize = 8388608;
+
+    // Read the image into a buffer instead of using its mapped pages (see
+    // ImageRange); the result is the same.
+    void setMappedReads(bool mapped) { m_range.setMappingAllowed(mapped); }
 
     FileWriter(QString outputPath, QString imagePath, qint64 start, qint64 end,
                QObject* parent = nullptr);
@@ -55,16 +58,9 @@ protected:
     qint64 m_bytesProcessed = 0;
 
 private:
-    struct Free
-    {
-        void operator()(char* p) const { std::free(p); }
-    };
-    // The range in memory (worker thread only), reused between tracks.
-    std::unique_ptr<char, Free> m_buffer;
-    qint64 m_bufferSize = 0;
-
-private:
-    char* rangeBuffer(qint64 length);
     void reportProgress(qint64 length);
     QString writeFailure(QFile& out);
+
+    // The range between its read and its write; kept from track to track.
+    ImageRange m_range;
 };

@@ -130,15 +130,20 @@ private slots:
     {
         QTest::addColumn<qint64>("start");
         QTest::addColumn<qint64>("length");
-        QTest::newRow("shorter than a piece") << qint64(2352 * 7) << qint64(2352 * 75);
-        QTest::newRow("exactly two pieces") << qint64(0) << 2 * kPiece;
-        QTest::newRow("pieces and an odd rest") << qint64(2 * 176400 + 3) << 2 * kPiece + 4711;
-        QTest::newRow("empty") << qint64(2352) << qint64(0);
+        QTest::addColumn<bool>("mapped");
+        QTest::newRow("shorter than a piece") << qint64(2352 * 7) << qint64(2352 * 75) << true;
+        QTest::newRow("exactly two pieces") << qint64(0) << 2 * kPiece << true;
+        QTest::newRow("pieces and an odd rest")
+            << qint64(2 * 176400 + 3) << 2 * kPiece + 4711 << true;
+        QTest::newRow("the same, read into a buffer")
+            << qint64(2 * 176400 + 3) << 2 * kPiece + 4711 << false;
+        QTest::newRow("empty") << qint64(2352) << qint64(0) << true;
     }
     void copiesRangeUnchanged()
     {
         QFETCH(qint64, start);
         QFETCH(qint64, length);
+        QFETCH(bool, mapped);
         // An existing, longer file is replaced, not patched.
         const QString out = path(QStringLiteral("range.wav"));
         QFile old(out);
@@ -146,6 +151,7 @@ private slots:
         old.close();
 
         FileWriterOneTrack worker(out, m_image, start, start + length);
+        worker.setMappedReads(mapped);
         const Outcome o = run(worker);
         QCOMPARE(o.finished, 1);
         QString why;
@@ -214,8 +220,15 @@ private slots:
         QVERIFY(QFileInfo::exists(QStringLiteral("/dev/full")));
     }
 
+    void allTracks_data()
+    {
+        QTest::addColumn<bool>("mapped");
+        QTest::newRow("mapped") << true;
+        QTest::newRow("read into a buffer") << false;
+    }
     void allTracks()
     {
+        QFETCH(bool, mapped);
         // Tracks longer than a piece so that each shows progress; track 2 is
         // empty (its start and track 3's pause share a time); track 3 holds
         // an index 02 and runs past the image's end.
@@ -224,9 +237,10 @@ private slots:
             {"02", 1, 1, 40, 0}, {"03", 0, 1, 40, 0}, {"03", 1, 1, 41, 0},
             {"03", 2, 1, 50, 0}, {"AA", 1, 2, 30, 1}, {"AA", 0, 2, 30, 1}};
         const CdTextRecord record = titles({"Fir/st", "", "Third"});
-        const QString folder = path(QStringLiteral("all"));
+        const QString folder = path(QStringLiteral("all-%1").arg(mapped));
         QVERIFY(QDir().mkpath(folder));
         FileWriterAllTracks worker(folder, m_image, makeModel(entries, &record));
+        worker.setMappedReads(mapped);
         const Outcome o = run(worker);
         QCOMPARE(o.finished, 1);
 
@@ -239,8 +253,8 @@ private slots:
                  qPrintable(why));
         QVERIFY2(isWavOf(folder + QStringLiteral("/Track 2.wav"), QByteArray(), &why),
                  qPrintable(why));
-        // The buffer kept from the longer track 1 must not leak into what lies
-        // past the image's end: that reads as silence.
+        // Past the image's end lies silence, not what the buffer kept from the
+        // longer track 1.
         const qint64 end = 3 * kPiece;
         QVERIFY2(isWavOf(folder + QStringLiteral("/3 - Third.wav"),
                          patternBytes(at(1, 41, 0), end - at(1, 41, 0)) +

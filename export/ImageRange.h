@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <cstdlib>
+#include <memory>
+
+class QFile;
+
+// One byte range of the audio image, held in memory whole between the read
+// phase and the write phase of an export. Bytes past the image's end read as
+// zeros, as a zero-filled buffer would hold them.
+//
+// On Linux the range is the image's own pages, mapped and made resident piece
+// by piece, and the write copies them straight into the output file. Reading
+// into a buffer of our own first was a second pass over every byte: a disc
+// took two to four times as long as a plain copy of its image. Elsewhere, or
+// when the system refuses the mapping, the range is read into a buffer, which
+// is kept for the next range so that a whole disc pays for fresh pages once.
+//
+// Only the kernel touches mapped bytes (inside read-ahead and write calls), so
+// an image cut short while it is exported ends in a read or write error, not
+// in a bus error.
+class ImageRange
+{
+public:
+    ImageRange() = default;
+    ImageRange(const ImageRange&) = delete;
+    ImageRange& operator=(const ImageRange&) = delete;
+    ~ImageRange();
+
+    // Use the image's pages where the system allows it (the default), or
+    // always read into a buffer.
+    void setMappingAllowed(bool allowed) { m_mappingAllowed = allowed; }
+
+    // Starts a range of `image`, which must stay open until the range is
+    // written. False when there is no memory for it.
+    bool reset(QFile& image, qint64 start, qint64 length);
+    // Brings [offset, offset + size) of the range into memory.
+    bool load(qint64 offset, qint64 size);
+    // Writes [offset, offset + size) of the loaded range to `out` (opened
+    // unbuffered, so that no library copies mapped bytes on its own).
+    bool writeTo(QFile& out, qint64 offset, qint64 size);
+    // Lets go of the mapping; the buffer stays for the next range.
+    void release();
+
+private:
+    bool readIntoBuffer(qint64 offset, qint64 size);
+
+    struct Free
+    {
+        void operator()(char* p) const { std::free(p); }
+    };
+
+    bool m_mappingAllowed = true;
+    QFile* m_image = nullptr;
+    qint64 m_start = 0;
+    qint64 m_length = 0;
+    qint64 m_inImage = 0; // how much of the range the image holds
+    uchar* m_map = nullptr;
+    std::unique_ptr<char, Free> m_buffer;
+    qint64 m_capacity = 0;
+};
