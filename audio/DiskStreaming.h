@@ -60,6 +60,11 @@ namespace Audio {
 //       this thread; they must not allocate or lock either (the player's
 //       only change atomics and post requests).
 //
+// In terms of the classic design: primeRequested is a change of epoch (the
+// read request word), wakeRequested is the wake sequence, and the reader
+// thread lives until this object goes (it is joined, so that tests can make
+// and drop many of these).
+//
 // Where this differs from the simplest double buffer, it does so to keep
 // those promises: chunks carry epochs instead of being emptied from the GUI
 // thread, every jump carries its own preload and completion, and when no

@@ -95,6 +95,10 @@ StreamingEngine::Error StreamingEngine::openAndStart(const std::string& deviceNa
     m_retiredProcess.reset();
     if (!m_audio.isStreamRunning())
         m_audio.startStream();
+    // Once a stream is open RtAudio reports its failures to the error
+    // callback instead of throwing, so a start that failed shows only here.
+    if (!m_audio.isStreamRunning())
+        return Error{3, "The audio stream could not be started."};
     return success();
 }
 
