@@ -1,4 +1,5 @@
-// Real-time safety: the audio thread does not allocate while playing,
+// Real-time safety: the audio thread does not allocate, lock or read the
+// file while playing,
 // seeking and skipping, and thousands of transport operations racing the
 // callback leave the position and the output exact. Also run under
 // ThreadSanitizer (tools/run-tsan.sh).
@@ -41,6 +42,49 @@ void release(void* p) noexcept
     std::free(p);
 }
 } // namespace
+
+// Locks and file reads too, where the test can see them: ThreadSanitizer
+// brings its own versions of these, so the TSan build counts allocations only.
+#if !defined(__SANITIZE_THREAD__)
+#include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace {
+std::atomic<long> g_audioThreadLocks{0};
+std::atomic<long> g_audioThreadFileCalls{0};
+
+template <typename Function> Function next(const char* name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+} // namespace
+
+extern "C" int pthread_mutex_lock(pthread_mutex_t* mutex)
+{
+    static const auto real = next<int (*)(pthread_mutex_t*)>("pthread_mutex_lock");
+    if (t_counting)
+        g_audioThreadLocks.fetch_add(1, std::memory_order_relaxed);
+    return real(mutex);
+}
+
+extern "C" ssize_t read(int fd, void* buffer, size_t count)
+{
+    static const auto real = next<ssize_t (*)(int, void*, size_t)>("read");
+    if (t_counting)
+        g_audioThreadFileCalls.fetch_add(1, std::memory_order_relaxed);
+    return real(fd, buffer, count);
+}
+
+extern "C" off_t lseek(int fd, off_t offset, int whence)
+{
+    static const auto real = next<off_t (*)(int, off_t, int)>("lseek");
+    if (t_counting)
+        g_audioThreadFileCalls.fetch_add(1, std::memory_order_relaxed);
+    return real(fd, offset, whence);
+}
+#define TIVORA_COUNTS_LOCKS 1
+#endif
 
 void* operator new(std::size_t size)
 {
@@ -127,6 +171,10 @@ void TestAudioRealtime::audioThreadNeverAllocates()
     QVERIFY(player.streaming().waitForReader());
 
     g_audioThreadAllocations = 0;
+#ifdef TIVORA_COUNTS_LOCKS
+    g_audioThreadLocks = 0;
+    g_audioThreadFileCalls = 0;
+#endif
     FakeDevice device(player.streaming(), 256, std::chrono::microseconds(500),
                       [](bool on) { t_counting = on; });
     auto wait = [] { QTest::qWait(40); };
@@ -163,6 +211,10 @@ void TestAudioRealtime::audioThreadNeverAllocates()
 
     QVERIFY(device.callbacks() > 200);
     QCOMPARE(g_audioThreadAllocations.load(), 0L);
+#ifdef TIVORA_COUNTS_LOCKS
+    QCOMPARE(g_audioThreadLocks.load(), 0L);
+    QCOMPARE(g_audioThreadFileCalls.load(), 0L);
+#endif
     QCOMPARE(player.streaming().underrunCount(), std::uint64_t(0));
 }
 
