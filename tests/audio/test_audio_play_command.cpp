@@ -11,8 +11,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <QElapsedTimer>
+
 #include <cmath>
+#include <csignal>
 #include <cstring>
+#include <sys/types.h>
 
 using namespace audiotest;
 
@@ -36,6 +40,7 @@ class TestAudioPlayCommand : public QObject
 
 private slots:
     void recordingIsTheImageBitForBit();
+    void interruptStopsAndExitsWithZero();
     void failuresExitWithOne();
 };
 
@@ -115,6 +120,26 @@ void TestAudioPlayCommand::recordingIsTheImageBitForBit()
                                      .arg(double(want), 0, 'g', 9)));
         }
     }
+}
+
+void TestAudioPlayCommand::interruptStopsAndExitsWithZero()
+{
+    if (!pulseAnswers())
+        QSKIP("no PulseAudio server answers (start tools/test-env.sh)");
+    QTemporaryDir dir;
+    QVERIFY(mkddp::writeDisc(mkddp::simpleDisc(1, 20), dir.filePath(QStringLiteral("disc"))));
+    QProcess player;
+    player.start(tivoraDdp(), {QStringLiteral("play"), dir.filePath(QStringLiteral("disc"))});
+    QVERIFY(player.waitForStarted(5000));
+    QTest::qWait(1500);
+    QCOMPARE(player.state(), QProcess::Running);
+    QElapsedTimer timer;
+    timer.start();
+    ::kill(static_cast<pid_t>(player.processId()), SIGINT);
+    QVERIFY(player.waitForFinished(5000));
+    QCOMPARE(player.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(player.exitCode(), 0);
+    QVERIFY(timer.elapsed() < 2000);
 }
 
 void TestAudioPlayCommand::failuresExitWithOne()
