@@ -136,14 +136,17 @@ int DiskStreaming::seek(double fraction, std::int32_t length)
     const std::int64_t span = std::max<std::int32_t>(length, 0);
     const std::int64_t target =
         std::clamp<std::int64_t>(static_cast<std::int64_t>(span * fraction), 0, span);
-    m_position.samplePosition.store(static_cast<std::uint32_t>(target / 2),
-                                    std::memory_order_release);
+    const auto samples = static_cast<std::uint32_t>(target / 2);
     const std::uint32_t from = currentSampleInFile() + static_cast<std::uint32_t>(target);
     if (isPlaying()) {
+        // Only a jump that is on its way may move the displayed position.
         const int slot = m_reader.preload(from);
-        if (slot >= 0)
-            requestFade(FadeAction::SeekJump, true, slot, static_cast<std::uint32_t>(target), {});
+        if (slot < 0 ||
+            !requestFade(FadeAction::SeekJump, true, slot, static_cast<std::uint32_t>(target), {}))
+            return 1;
+        m_position.samplePosition.store(samples, std::memory_order_release);
     } else {
+        m_position.samplePosition.store(samples, std::memory_order_release);
         // The chunks already read stay and are heard first when playback
         // resumes; only what is read next comes from the new place.
         m_reader.postRead(from, false);
@@ -182,7 +185,7 @@ bool DiskStreaming::requestFade(FadeAction::Kind kind, bool fadeInAfter, int pre
             m_reader.preloadSlot(preloadSlot).inUse.store(false, std::memory_order_release);
         return false;
     }
-    m_fade.fadeInAfter.store(fadeInAfter, std::memory_order_relaxed);
+    m_fade.fadeInAfter.store(fadeInAfter, std::memory_order_release);
     // A fade already under way goes on from its present gain.
     m_fade.fadeState.store(FadingOut, std::memory_order_release);
     return true;
@@ -325,7 +328,7 @@ bool DiskStreaming::stepFade()
         return false;
     case RunningActions: {
         runActions();
-        const bool fadeIn = m_fade.fadeInAfter.load(std::memory_order_relaxed);
+        const bool fadeIn = m_fade.fadeInAfter.load(std::memory_order_acquire);
         if (m_fade.fadeState.compare_exchange_strong(state, fadeIn ? FadingIn : Idle,
                                                      std::memory_order_acq_rel) &&
             !fadeIn)
