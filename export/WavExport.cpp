@@ -104,6 +104,7 @@ void WavExport::exportAllTracks(const QString& ddpFolder)
                                     readSetting(kDefaultExportDirKey).toString());
     if (chosen.isEmpty())
         return;
+    // A folder typed into the dialog may not exist yet, nor its parent.
     if (!QDir(chosen).exists() && !QDir().mkpath(chosen)) {
         reportError(tr("Could not create the folder \"%1\".").arg(chosen));
         return;

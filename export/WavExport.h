@@ -39,7 +39,9 @@ public:
     ~WavExport() override;
 
     void setDialogs(ExportDialogs dialogs) { m_dialogs = std::move(dialogs); }
-    // The window's current model; a worker keeps the model it started with.
+    // The window's current model, with its first-track number set as the
+    // player's load sets it (rows count from that entry); a worker keeps the
+    // model it started with.
     void setModel(std::shared_ptr<DDPModel> model) { m_model = std::move(model); }
     const std::shared_ptr<DDPModel>& model() const { return m_model; }
 

@@ -22,7 +22,7 @@ mkddp::DiscSpec realisticDisc()
     return spec;
 }
 
-// The file of track `k` (from 0), worked out from the spec alone: from its
+// The file of track `k` (from 0), worked out from the DiscSpec alone: from its
 // index 01 to the next track's pause or start, or to the image's end.
 struct ExpectedFile
 {
