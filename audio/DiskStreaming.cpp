@@ -356,6 +356,8 @@ bool DiskStreaming::stepFade()
 
 int DiskStreaming::process(float* output, unsigned int frameCount)
 {
+    m_framesProcessed.store(m_framesProcessed.load(std::memory_order_relaxed) + frameCount,
+                            std::memory_order_relaxed);
     applyRequests();
     if (m_currentData == nullptr || m_position.readIndex + 2 > m_currentSize)
         switchChunk();

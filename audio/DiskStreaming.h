@@ -54,8 +54,8 @@ namespace Audio {
 //       on one word) and FileReader::wake (an atomic sequence number plus a
 //       notify without the mutex; the reader's timed wait bounds the cost of
 //       a notify that falls between its check and its wait to kWakePoll).
-//   written for readers elsewhere:  m_volume, m_underruns, the meter's
-//       published values.
+//   written for readers elsewhere:  m_volume, m_underruns,
+//       m_framesProcessed, the meter's published values.
 //   calls out:  the completion callables of jumps and stop(done) run on
 //       this thread; they must not allocate or lock either (the player's
 //       only change atomics and post requests).
@@ -119,6 +119,11 @@ public:
     void resetPeaks();
     float volume() const { return m_volume.load(std::memory_order_relaxed); }
     std::uint64_t underrunCount() const { return m_underruns.load(std::memory_order_relaxed); }
+    // Frames the device has asked for so far: shows whether the stream flows.
+    std::uint64_t framesProcessed() const
+    {
+        return m_framesProcessed.load(std::memory_order_relaxed);
+    }
 
     // The audio thread's entry point; always returns 0.
     int process(float* output, unsigned int frameCount);
@@ -159,9 +164,10 @@ private:
     // Where samplePosition counts from. Written by the GUI thread (and by a
     // completion on the audio thread), read by both.
     std::atomic<std::uint32_t> m_currentSampleInFile{0};
-    std::atomic<bool> m_meterResetRequested{false}; // GUI/audio set, audio clears
-    std::atomic<bool> m_peakResetRequested{false};  // GUI sets, audio clears
-    std::atomic<std::uint64_t> m_underruns{0};      // written by the audio thread
+    std::atomic<bool> m_meterResetRequested{false};  // GUI/audio set, audio clears
+    std::atomic<bool> m_peakResetRequested{false};   // GUI sets, audio clears
+    std::atomic<std::uint64_t> m_underruns{0};       // written by the audio thread
+    std::atomic<std::uint64_t> m_framesProcessed{0}; // written by the audio thread
 
     // The chunk being played (audio thread only).
     const float* m_currentData = nullptr;

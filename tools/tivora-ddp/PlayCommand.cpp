@@ -115,6 +115,25 @@ int trackRow(const DDPModel& model, std::optional<int> track)
     return -1;
 }
 
+// A fresh PulseAudio stream takes a first gulp of data at once, then may
+// wait a second or two before the server asks for more. Playback starts
+// once buffers are asked for at the device's pace, so that what is heard
+// starts with the fade-in and --seconds means seconds heard.
+void waitUntilTheStreamFlows(const Audio::DiskStreaming& streaming)
+{
+    QElapsedTimer waited;
+    waited.start();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::uint64_t before = streaming.framesProcessed();
+    while (waited.elapsed() < 5000) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        const std::uint64_t now = streaming.framesProcessed();
+        if (now != before)
+            return;
+        before = now;
+    }
+}
+
 } // namespace
 
 int runPlay(const QStringList& args)
@@ -150,6 +169,7 @@ int runPlay(const QStringList& args)
     std::signal(SIGTERM, onInterrupt);
     const bool terminal = isatty(fileno(stdout)) != 0;
 
+    waitUntilTheStreamFlows(player.streaming());
     player.selectTrack(row);
     QElapsedTimer clock;
     clock.start();
