@@ -67,7 +67,10 @@ namespace Audio {
 //
 // Where this differs from the simplest double buffer, it does so to keep
 // those promises: chunks carry epochs instead of being emptied from the GUI
-// thread, every jump carries its own preload and completion, and when no
+// thread, every jump carries its own preload and completion, a play asked
+// for while fade actions wait is queued behind them (a restart from silence
+// would strand them, and with them a jump's completion), actions found
+// waiting while no fade runs get a fade of their own, and when no
 // chunk is ready the callback plays silence (counted in underrunCount) and
 // does not advance the position. When there is no data at all (before the
 // first chunk, at the end of the image) process writes nothing, as RtAudio's
