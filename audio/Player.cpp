@@ -82,11 +82,14 @@ void Player::selectNextTrack()
     m_entryIndex.store(2);
     m_currentTrackNumber.store(2 - firstTrackOffset());
     const auto start = static_cast<std::int32_t>(segmentStart(2));
+    // The guard comes free only once stopped: during the fade-out the
+    // position still counts the last track against the first track's
+    // length, and the display's end-of-track check must not skip again.
     m_streaming.stop([this, start] {
         m_streaming.setCurrentSampleInFile(start);
         m_streaming.stop();
+        m_nextGuard.store(true);
     });
-    m_nextGuard.store(true);
 }
 
 void Player::selectPreviousTrack()
