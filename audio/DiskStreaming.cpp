@@ -93,14 +93,13 @@ void DiskStreaming::stop()
         stopNow();
 }
 
-void DiskStreaming::stop(std::function<void()> done)
+bool DiskStreaming::stop(std::function<void()> done)
 {
-    if (isPlaying()) {
-        requestFade(FadeAction::StopNow, false, -1, 0, std::move(done));
-    } else {
-        stopNow();
-        done();
-    }
+    if (isPlaying())
+        return requestFade(FadeAction::StopNow, false, -1, 0, std::move(done));
+    stopNow();
+    done();
+    return true;
 }
 
 void DiskStreaming::setCurrentSampleInFile(std::int32_t offset)

@@ -96,7 +96,8 @@ public:
     void play();
     void pause();
     void stop();
-    void stop(std::function<void()> done);
+    // False when the stop could not be queued (see below); done then never runs.
+    bool stop(std::function<void()> done);
     // Also safe on the audio thread (a stop's completion uses it).
     void setCurrentSampleInFile(std::int32_t offset);
     // False when the jump could not be queued (only possible while no stream

@@ -85,11 +85,13 @@ void Player::selectNextTrack()
     // The guard comes free only once stopped: during the fade-out the
     // position still counts the last track against the first track's
     // length, and the display's end-of-track check must not skip again.
-    m_streaming.stop([this, start] {
+    const bool queued = m_streaming.stop([this, start] {
         m_streaming.setCurrentSampleInFile(start);
         m_streaming.stop();
         m_nextGuard.store(true);
     });
+    if (!queued)
+        m_nextGuard.store(true);
 }
 
 void Player::selectPreviousTrack()
