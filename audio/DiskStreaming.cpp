@@ -423,14 +423,30 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
                     run, static_cast<unsigned int>((m_currentSize - m_position.readIndex) / 2));
                 const float* in = m_currentData + m_position.readIndex;
                 float* out = output + 2 * f;
+                // The meter's state in plain locals, so that it stays in
+                // registers: the same arithmetic as LevelMeter::State::feed.
+                float meanSquareLeft = meter.meanSquareLeft;
+                float meanSquareRight = meter.meanSquareRight;
+                float peakLeft = meter.peakHoldLeft;
+                float peakRight = meter.peakHoldRight;
                 for (unsigned int k = 0; k < run; ++k) {
                     const float left = in[2 * k] * volume;
                     const float right = in[2 * k + 1] * volume;
                     out[2 * k] = left;
                     out[2 * k + 1] = right;
-                    meter.feed(left, 0, volume);
-                    meter.feed(right, 1, volume);
+                    const float meteredLeft = left * volume;
+                    const float meteredRight = right * volume;
+                    peakLeft = meteredLeft > peakLeft ? meteredLeft : peakLeft;
+                    peakRight = meteredRight > peakRight ? meteredRight : peakRight;
+                    meanSquareLeft = LevelMeter::kDecay * meanSquareLeft +
+                                     LevelMeter::kWeight * (meteredLeft * meteredLeft);
+                    meanSquareRight = LevelMeter::kDecay * meanSquareRight +
+                                      LevelMeter::kWeight * (meteredRight * meteredRight);
                 }
+                meter.meanSquareLeft = meanSquareLeft;
+                meter.meanSquareRight = meanSquareRight;
+                meter.peakHoldLeft = peakLeft;
+                meter.peakHoldRight = peakRight;
                 m_position.readIndex += 2 * run;
                 position += 2 * run;
             } else {
