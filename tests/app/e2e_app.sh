@@ -10,8 +10,14 @@ if [ -z "${DISPLAY:-}" ] || [ -z "${TIVORA_NULL_SINK:-}" ]; then
     exit 0
 fi
 work=$(mktemp -d)
-trap 'kill $app 2>/dev/null || true; rm -rf "$work"' EXIT
+app= rec=
+trap 'kill $app $rec 2>/dev/null || true; rm -rf "$work"' EXIT
 "$build/tools/mkddp/tivora-mkddp" test "$work/disc" --tracks 2 --seconds 6 >/dev/null
+# The recorder runs first: a null sink with a listener at low latency renders
+# in small blocks, so the player's stream flows from the start.
+parec --device="$TIVORA_NULL_SINK.monitor" --format=float32le --rate=44100 --channels=2 \
+    --raw --latency-msec=20 "$work/rec.raw" &
+rec=$!
 export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
 "$build/app/tivora" "$work/disc" >"$work/app.log" 2>&1 &
 app=$!
@@ -22,11 +28,7 @@ for _ in $(seq 1 50); do
     sleep 0.1
 done
 [ -n "$wid" ] || { echo "FAIL: no window"; cat "$work/app.log"; exit 1; }
-sleep 1
-parec --device="$TIVORA_NULL_SINK.monitor" --format=float32le --rate=44100 --channels=2 \
-    --raw --latency-msec=20 "$work/rec.raw" &
-rec=$!
-sleep 0.5
+sleep 1.5
 xdotool windowfocus --sync "$wid" 2>/dev/null || true
 xdotool key --window "$wid" space
 sleep 3
