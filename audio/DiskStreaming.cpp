@@ -58,7 +58,7 @@ void DiskStreaming::closeStream()
 void DiskStreaming::openFile(const QString& path, std::function<void()> endOfFile)
 {
     m_reader.openFile(path, std::move(endOfFile));
-    m_position.samplePosition.store(0, std::memory_order_release);
+    m_position.samplePosition.store(0);
 }
 
 void DiskStreaming::play()
@@ -106,9 +106,20 @@ void DiskStreaming::setCurrentSampleInFile(std::int32_t offset)
 {
     const auto start = static_cast<std::uint32_t>(std::max<std::int32_t>(offset, 0));
     m_currentSampleInFile.store(start, std::memory_order_release);
-    m_position.samplePosition.store(0, std::memory_order_release);
+    m_position.samplePosition.store(0);
     requestPrime(start);
     m_meterResetRequested.store(true, std::memory_order_release);
+}
+
+bool DiskStreaming::moveOriginForward(std::uint32_t nextStart, std::uint32_t length)
+{
+    // Only the GUI thread queues fades, so neither can start behind this check.
+    if (m_fade.fadeState.load(std::memory_order_acquire) != Idle || !m_fade.actions.empty())
+        return false;
+    if (!m_position.samplePosition.shift(length / 2))
+        return false;
+    m_currentSampleInFile.store(nextStart, std::memory_order_release);
+    return true;
 }
 
 bool DiskStreaming::setCurrentSampleInFileAndFadeOutFadeIn(std::int32_t offset,
@@ -121,7 +132,7 @@ bool DiskStreaming::setCurrentSampleInFileAndFadeOutFadeIn(std::int32_t offset,
         return slot >= 0 && requestFade(FadeAction::Jump, true, slot, 0, std::move(done));
     }
     requestPrime(start);
-    m_position.samplePosition.store(0, std::memory_order_release);
+    m_position.samplePosition.store(0);
     if (done)
         done();
     return true;
@@ -143,9 +154,9 @@ int DiskStreaming::seek(double fraction, std::int32_t length)
         if (slot < 0 ||
             !requestFade(FadeAction::SeekJump, true, slot, static_cast<std::uint32_t>(target), {}))
             return 1;
-        m_position.samplePosition.store(samples, std::memory_order_release);
+        m_position.samplePosition.store(samples);
     } else {
-        m_position.samplePosition.store(samples, std::memory_order_release);
+        m_position.samplePosition.store(samples);
         // The chunks already read stay and are heard first when playback
         // resumes; only what is read next comes from the new place.
         m_reader.postRead(from, false);
@@ -161,7 +172,7 @@ void DiskStreaming::setVolume(double gain)
 
 float DiskStreaming::position() const
 {
-    return static_cast<float>(m_position.samplePosition.load(std::memory_order_acquire)) * 2.0f;
+    return static_cast<float>(m_position.samplePosition.load()) * 2.0f;
 }
 
 void DiskStreaming::resetPeaks()
@@ -193,7 +204,7 @@ bool DiskStreaming::requestFade(FadeAction::Kind kind, bool fadeInAfter, int pre
 void DiskStreaming::stopNow()
 {
     m_position.state.store(TransportState::Stopped, std::memory_order_release);
-    m_position.samplePosition.store(0, std::memory_order_release);
+    m_position.samplePosition.store(0);
     requestPrime(currentSampleInFile());
     m_meterResetRequested.store(true, std::memory_order_release);
 }
@@ -296,13 +307,13 @@ void DiskStreaming::runActions()
             break;
         case FadeAction::Jump:
             adoptPreload(action.preloadSlot);
-            m_position.samplePosition.store(0, std::memory_order_release);
+            m_position.samplePosition.store(0);
             if (action.done)
                 action.done();
             m_reader.wake();
             break;
         case FadeAction::SeekJump:
-            m_position.samplePosition.store(action.target / 2, std::memory_order_release);
+            m_position.samplePosition.store(action.target / 2);
             adoptPreload(action.preloadSlot);
             m_reader.wake();
             break;
@@ -390,16 +401,12 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
     const float target = m_volumeTarget.load(std::memory_order_relaxed);
     float volume = m_volume.load(std::memory_order_relaxed);
     LevelMeter::State meter = m_meter.state();
-    std::uint32_t positionAtStart = m_position.samplePosition.load(std::memory_order_acquire);
-    std::uint32_t position = positionAtStart;
+    SamplePosition::Snapshot positionAtStart = m_position.samplePosition.snapshot();
+    std::uint32_t position = SamplePosition::valueOf(positionAtStart);
     bool playing = isPlaying();
     bool missing = false;
 
-    auto publishPosition = [&] {
-        if (position != positionAtStart)
-            m_position.samplePosition.compare_exchange_strong(positionAtStart, position,
-                                                              std::memory_order_acq_rel);
-    };
+    auto publishPosition = [&] { m_position.samplePosition.addSince(positionAtStart, position); };
 
     unsigned int f = 0;
     while (f < frameCount) {
@@ -471,7 +478,8 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
             publishPosition();
         if (stepFade()) {
             // The actions may have moved the position, the chunk or the state.
-            positionAtStart = position = m_position.samplePosition.load(std::memory_order_acquire);
+            positionAtStart = m_position.samplePosition.snapshot();
+            position = SamplePosition::valueOf(positionAtStart);
             followReadRequest();
             playing = isPlaying();
             if (playing && (m_currentData == nullptr || m_position.readIndex + 2 > m_currentSize))

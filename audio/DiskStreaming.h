@@ -100,6 +100,11 @@ public:
     bool stop(std::function<void()> done);
     // Also safe on the audio thread (a stop's completion uses it).
     void setCurrentSampleInFile(std::int32_t offset);
+    // Playback runs on from one track into the next without a jump: the
+    // origin of the position moves `length` bytes forward to `nextStart`.
+    // Refused (false, nothing changed) while a fade or a jump is under way,
+    // or when less than `length` has been played.
+    bool moveOriginForward(std::uint32_t nextStart, std::uint32_t length);
     // False when the jump could not be queued (only possible while no stream
     // takes the queued actions); done is then never called.
     bool setCurrentSampleInFileAndFadeOutFadeIn(std::int32_t offset, std::function<void()> done);

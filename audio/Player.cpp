@@ -94,6 +94,37 @@ void Player::selectNextTrack()
         m_nextGuard.store(true);
 }
 
+void Player::onTrackEnded()
+{
+    if (!runOnIntoNextTrack())
+        selectNextTrack();
+}
+
+// At a track's natural end the audio is already in the next track, which
+// starts where this one ends: moving the bookkeeping there, instead of a
+// faded jump back to its start, keeps a gapless transition as on the disc.
+bool Player::runOnIntoNextTrack()
+{
+    const int e = entryIndex();
+    if (!m_source || !isPlaying() || !isValidEntry(e) || !isValidEntry(e + 1))
+        return false;
+    const TrackSegment& current = m_segments[static_cast<std::size_t>(e)];
+    const TrackSegment& next = m_segments[static_cast<std::size_t>(e + 1)];
+    if (next.first != current.second || current.second <= current.first ||
+        m_streaming.currentSampleInFile() != current.first)
+        return false;
+    bool free = true;
+    if (!m_nextGuard.compare_exchange_strong(free, false))
+        return false;
+    const bool moved = m_streaming.moveOriginForward(next.first, current.second - current.first);
+    if (moved) {
+        m_entryIndex.fetch_add(1);
+        m_currentTrackNumber.fetch_add(1);
+    }
+    m_nextGuard.store(true);
+    return moved;
+}
+
 void Player::selectPreviousTrack()
 {
     if (!m_source)

@@ -62,7 +62,7 @@ public:
     float position() const override { return m_streaming.position(); }
     std::uint32_t currentTrackStart() const override;
     std::uint32_t currentTrackLength() const override;
-    void onTrackEnded() override { selectNextTrack(); }
+    void onTrackEnded() override;
 
     std::int32_t entryIndex() const { return m_entryIndex.load(std::memory_order_acquire); }
     const std::vector<TrackSegment>& trackSegments() const { return m_segments; }
@@ -75,6 +75,7 @@ private:
     }
     std::uint32_t segmentStart(int e) const;
     int firstTrackOffset() const;
+    bool runOnIntoNextTrack();
     void notifyPlaying(bool playing);
 
     std::shared_ptr<IDescListProvider> m_source; // GUI thread only

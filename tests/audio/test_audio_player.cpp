@@ -52,6 +52,7 @@ private slots:
     void previousFromFirstTrackStops();
     void nextPastLastReturnsToFirstTrackStopped();
     void lastTrackPlaysToItsEnd();
+    void trackEndRunsOnWithoutAJump();
     void withoutTrackSourceNothingHappens();
 
 private:
@@ -218,6 +219,37 @@ void TestAudioPlayer::lastTrackPlaysToItsEnd()
     drive(player.streaming(), 256, 1024);
     QVERIFY(player.isStopped());
     QCOMPARE(player.entryIndex(), 2);
+}
+
+void TestAudioPlayer::trackEndRunsOnWithoutAJump()
+{
+    Player player;
+    loadInto(player, makeModel(false));
+    player.play();
+    const std::uint32_t length = player.currentTrackLength();
+    std::vector<float> out = drive(player.streaming(), 256, 6144);
+    QVERIFY(player.position() >= float(length));
+
+    // The boundary passes during a callback that is still counting: what
+    // it plays must not be lost from the new track's position.
+    player.onTrackEnded();
+    QCOMPARE(player.entryIndex(), 3);
+    QCOMPARE(player.currentTrackNumber(), 1);
+    QCOMPARE(player.currentTrackStart(), 20 * kCdFrame);
+    const std::vector<float> more = drive(player.streaming(), 255, 2040);
+    out.insert(out.end(), more.begin(), more.end());
+    QCOMPARE(player.position(), float((6144 + 2040) * 4 - length));
+
+    // Past the fade-in every sample arrives once and in order: no fade, no
+    // step back at the boundary.
+    QCOMPARE(checkTail(out, player.streaming(), 6144 + 2040 - 500), QString());
+
+    // During a fade the end of a track falls back to the faded jump.
+    player.pause();
+    player.onTrackEnded();
+    drive(player.streaming(), 256, 1024);
+    QCOMPARE(player.entryIndex(), 4);
+    QCOMPARE(player.currentTrackStart(), 30 * kCdFrame);
 }
 
 void TestAudioPlayer::withoutTrackSourceNothingHappens()

@@ -37,6 +37,7 @@ private slots:
     void requestsDuringAFadeRunInOrder();
     void endOfFileCallbackOnlyAtTheEnd();
     void volumeGlidesAndCountsTwiceInTheMeter();
+    void positionKeepsCountsAcrossShiftsNotAcrossStores();
 
 private:
     void openAndPrime(DiskStreaming& streaming, std::int32_t offset = 0,
@@ -320,6 +321,33 @@ void TestAudioStreaming::volumeGlidesAndCountsTwiceInTheMeter()
         loudest = std::max(loudest, out[2 * f]);
     // The output carries the volume once; the meter applies it again.
     QCOMPARE(half.meterInfo().peakLeft, loudest * 0.5f);
+}
+
+// The audio thread counts a callback's frames against the value it saw at
+// the start. A track boundary moved meanwhile must not lose that count; a
+// seek or jump stored meanwhile must win over it.
+void TestAudioStreaming::positionKeepsCountsAcrossShiftsNotAcrossStores()
+{
+    SamplePosition position;
+    position.store(1000);
+    SamplePosition::Snapshot callback = position.snapshot();
+    QVERIFY(position.shift(600));
+    position.addSince(callback, 1512);
+    QCOMPARE(position.load(), 912u);
+
+    QVERIFY(!position.shift(913));
+    QCOMPARE(position.load(), 912u);
+
+    callback = position.snapshot();
+    position.store(40);
+    position.addSince(callback, 2000);
+    QCOMPARE(position.load(), 40u);
+
+    // A store of the same value still wins.
+    callback = position.snapshot();
+    position.store(40);
+    position.addSince(callback, 100);
+    QCOMPARE(position.load(), 40u);
 }
 
 QTEST_GUILESS_MAIN(TestAudioStreaming)
