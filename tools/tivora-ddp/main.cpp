@@ -3,9 +3,17 @@
 #include "tools/tivora-ddp/Commands.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
 #include <QStringList>
 
 #include <cstdio>
+#include <vector>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 static int usage()
 {
@@ -14,6 +22,34 @@ static int usage()
                "       tivora-ddp export PATH OUTDIR [--track N]\n",
                stderr);
     return 2;
+}
+
+// `play` is tivora-ddp-play, next to this executable: handing the process
+// over keeps the terminal, Ctrl+C and the exit status as they are.
+static int handOverToPlay(const QStringList& args)
+{
+    const QString player =
+        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tivora-ddp-play"));
+    if (!QFileInfo(player).isExecutable()) {
+        std::fprintf(stderr, "tivora-ddp: %s is missing\n", qPrintable(player));
+        return 1;
+    }
+#ifdef Q_OS_UNIX
+    std::vector<QByteArray> storage{QFile::encodeName(player)};
+    for (const QString& arg : args)
+        storage.push_back(arg.toLocal8Bit());
+    std::vector<char*> argv;
+    for (QByteArray& arg : storage)
+        argv.push_back(arg.data());
+    argv.push_back(nullptr);
+    std::fflush(nullptr);
+    ::execv(argv[0], argv.data());
+    std::perror("tivora-ddp: cannot start tivora-ddp-play");
+    return 1;
+#else
+    const int status = QProcess::execute(player, args);
+    return status < 0 ? 1 : status;
+#endif
 }
 
 int main(int argc, char** argv)
@@ -27,7 +63,7 @@ int main(int argc, char** argv)
     if (command == QLatin1String("info"))
         return runInfo(args);
     if (command == QLatin1String("play"))
-        return runPlay(args);
+        return handOverToPlay(args);
     if (command == QLatin1String("export"))
         return runExport(args);
     return usage();
