@@ -43,8 +43,14 @@ private slots:
     void recordingIsTheImageBitForBit();
     void interruptStopsAndExitsWithZero();
     void failuresExitWithOne();
+
+private:
+    void playAndCompare(QString* dropout);
 };
 
+// A stall of the whole machine longer than the sound server's buffer makes
+// the server play silence in place of the stream; such a run is tried
+// again. A wrong sample fails at once.
 void TestAudioPlayCommand::recordingIsTheImageBitForBit()
 {
     if (!pulseAnswers())
@@ -52,7 +58,18 @@ void TestAudioPlayCommand::recordingIsTheImageBitForBit()
     if (QStandardPaths::findExecutable(QStringLiteral("parec")).isEmpty())
         QSKIP("parec is not installed");
     QVERIFY(QFile::exists(tivoraDdp()));
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        QString dropout;
+        playAndCompare(&dropout);
+        if (QTest::currentTestFailed() || dropout.isEmpty())
+            return;
+        qWarning("attempt %d: the sound server dropped audio: %s", attempt, qPrintable(dropout));
+    }
+    QFAIL("the sound server dropped audio in every attempt");
+}
 
+void TestAudioPlayCommand::playAndCompare(QString* dropout)
+{
     // One-second tracks: the two seconds compared cross two track ends,
     // where playback must run on without a break.
     QTemporaryDir dir;
@@ -113,14 +130,21 @@ void TestAudioPlayCommand::recordingIsTheImageBitForBit()
                 static_cast<float>(pattern.sample(imageFrame + static_cast<quint32>(k), c)) *
                 kConversion;
             const float got = recording[2 * (start + k) + c];
-            if (std::memcmp(&got, &want, sizeof(float)) != 0)
-                QFAIL(qPrintable(QStringLiteral("recorded frame %1 (image frame %2) channel %3: "
-                                                "%4, want %5")
-                                     .arg(start + k)
-                                     .arg(imageFrame + static_cast<quint32>(k))
-                                     .arg(c)
-                                     .arg(double(got), 0, 'g', 9)
-                                     .arg(double(want), 0, 'g', 9)));
+            if (std::memcmp(&got, &want, sizeof(float)) == 0)
+                continue;
+            const QString where = QStringLiteral("recorded frame %1 (image frame %2) channel %3: "
+                                                 "%4, want %5")
+                                      .arg(start + k)
+                                      .arg(imageFrame + static_cast<quint32>(k))
+                                      .arg(c)
+                                      .arg(double(got), 0, 'g', 9)
+                                      .arg(double(want), 0, 'g', 9);
+            const float* frame = recording + 2 * (start + k);
+            if (frame[0] == 0.0f && frame[1] == 0.0f)
+                *dropout = where;
+            else
+                QFAIL(qPrintable(where));
+            return;
         }
     }
 }
