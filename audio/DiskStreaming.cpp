@@ -126,10 +126,14 @@ bool DiskStreaming::setCurrentSampleInFileAndFadeOutFadeIn(std::int32_t offset,
                                                            std::function<void()> done)
 {
     const auto start = static_cast<std::uint32_t>(std::max<std::int32_t>(offset, 0));
-    m_currentSampleInFile.store(start, std::memory_order_release);
+    const std::uint32_t previous = m_currentSampleInFile.exchange(start, std::memory_order_acq_rel);
     if (isPlaying()) {
         const int slot = m_reader.preload(start);
-        return slot >= 0 && requestFade(FadeAction::Jump, true, slot, 0, std::move(done));
+        if (slot >= 0 && requestFade(FadeAction::Jump, true, slot, 0, std::move(done)))
+            return true;
+        // Refused (no stream takes the queue): nothing moves.
+        m_currentSampleInFile.store(previous, std::memory_order_release);
+        return false;
     }
     requestPrime(start);
     m_position.samplePosition.store(0);
@@ -187,6 +191,7 @@ bool DiskStreaming::requestFade(FadeAction::Kind kind, bool fadeInAfter, int pre
         action.kind = kind;
         action.preloadSlot = preloadSlot;
         action.target = target;
+        action.fadeInAfter = fadeInAfter;
         action.done = std::move(done);
     });
     if (!queued) {
@@ -290,9 +295,11 @@ void DiskStreaming::adoptPreload(int preloadSlot)
     preload.inUse.store(false, std::memory_order_release);
 }
 
-void DiskStreaming::runActions()
+bool DiskStreaming::runActions()
 {
-    while (m_fade.actions.pop([this](FadeAction& action) {
+    bool fadeIn = m_fade.fadeInAfter.load(std::memory_order_acquire);
+    while (m_fade.actions.pop([this, &fadeIn](FadeAction& action) {
+        fadeIn = action.fadeInAfter;
         switch (action.kind) {
         case FadeAction::Pause:
             m_position.state.store(TransportState::Paused, std::memory_order_release);
@@ -320,6 +327,7 @@ void DiskStreaming::runActions()
         }
     })) {
     }
+    return fadeIn;
 }
 
 bool DiskStreaming::stepFade()
@@ -337,8 +345,7 @@ bool DiskStreaming::stepFade()
         }
         return false;
     case RunningActions: {
-        runActions();
-        const bool fadeIn = m_fade.fadeInAfter.load(std::memory_order_acquire);
+        const bool fadeIn = runActions();
         if (m_fade.fadeState.compare_exchange_strong(state, fadeIn ? FadingIn : Idle,
                                                      std::memory_order_acq_rel) &&
             !fadeIn)
@@ -406,7 +413,10 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
     bool playing = isPlaying();
     bool missing = false;
 
-    auto publishPosition = [&] { m_position.samplePosition.addSince(positionAtStart, position); };
+    auto publishPosition = [&] {
+        positionAtStart = m_position.samplePosition.addSince(positionAtStart, position);
+        position = SamplePosition::valueOf(positionAtStart);
+    };
 
     unsigned int f = 0;
     while (f < frameCount) {
@@ -472,6 +482,13 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
             volume += (target - volume) * kVolumeGlide;
         else
             volume = target;
+        // A play that came during this callback starts its fade-in with the
+        // audio, not in silence.
+        if (!playing && isPlaying()) {
+            playing = true;
+            if (m_currentData == nullptr || m_position.readIndex + 2 > m_currentSize)
+                switchChunk();
+        }
         // Actions may set the position themselves: what this callback
         // counted so far must be in place before they run.
         if (fadeState == RunningActions)

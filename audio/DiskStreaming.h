@@ -114,6 +114,7 @@ public:
 
     // Any thread.
     float position() const; // bytes played since currentSampleInFile
+    std::uint32_t samplesPlayed() const { return m_position.samplePosition.load(); }
     std::uint32_t currentSampleInFile() const
     {
         return m_currentSampleInFile.load(std::memory_order_acquire);
@@ -157,7 +158,8 @@ private:
     void releaseCurrent();
     void switchChunk();
     void adoptPreload(int preloadSlot);
-    void runActions();
+    // Runs the queued actions; returns whether to fade in after them.
+    bool runActions();
     bool stepFade(); // true when actions ran
     void advanceSilently(unsigned int frameCount);
     void render(float* output, unsigned int frameCount);

@@ -22,6 +22,7 @@ struct FadeAction
     Kind kind = Pause;
     int preloadSlot = -1;     // Jump, SeekJump
     std::uint32_t target = 0; // SeekJump: bytes from currentSampleInFile
+    bool fadeInAfter = false; // fade in once the actions up to this one ran
     // Built and destroyed on the GUI thread (the ring reuses the record);
     // only invoked on the audio thread.
     std::function<void()> done;
@@ -45,8 +46,10 @@ struct FadeControl
     // The fade gain. Audio thread only (play asks for a restart from
     // silence through fadeState instead of writing it).
     double gain = 1.0;
-    // Written by the GUI thread before it stores fadeState (release); read
-    // by the audio thread after it loaded fadeState (acquire).
+    // The newest request's fade-in flag, for a fade-out whose action an
+    // earlier silent point already took. Written by the GUI thread before it
+    // stores fadeState (release); read by the audio thread after it loaded
+    // fadeState (acquire).
     std::atomic<bool> fadeInAfter{false};
     // Written by the GUI thread (requestFade: 0, play: 2) and by the audio
     // thread, which moves on only with a compare-and-swap from the state it

@@ -36,18 +36,20 @@ public:
     }
 
     // Audio thread: adds what was played since `since` was taken, unless a
-    // new value has been stored in between.
-    void addSince(Snapshot since, std::uint32_t played)
+    // new value has been stored in between. Returns the word as left, the
+    // snapshot to count on from.
+    Snapshot addSince(Snapshot since, std::uint32_t played)
     {
         if (played == valueOf(since))
-            return;
+            return since;
         const std::uint32_t advance = played - valueOf(since);
         Snapshot word = m_word.load(std::memory_order_acquire);
-        while ((word >> 32) == (since >> 32) &&
-               !m_word.compare_exchange_weak(word,
-                                             (word & ~0xFFFFFFFFull) | (valueOf(word) + advance),
-                                             std::memory_order_acq_rel)) {
+        while ((word >> 32) == (since >> 32)) {
+            const Snapshot added = (word & ~0xFFFFFFFFull) | (valueOf(word) + advance);
+            if (m_word.compare_exchange_weak(word, added, std::memory_order_acq_rel))
+                return added;
         }
+        return word;
     }
 
     // Moves the origin forward by `samples`; false (and nothing changed)

@@ -96,6 +96,13 @@ void Player::selectNextTrack()
 
 void Player::onTrackEnded()
 {
+    // A jump or fade under way sets the position itself, and the display's
+    // float may round a position just short of the end up to it: the next
+    // tick looks again.
+    if (m_streaming.fadeState() != Idle || m_streaming.hasQueuedActions())
+        return;
+    if (2ull * m_streaming.samplesPlayed() < currentTrackLength())
+        return;
     if (!runOnIntoNextTrack())
         selectNextTrack();
 }
@@ -174,11 +181,12 @@ void Player::selectTrack(std::int32_t trackNumber)
     const int e = firstTrackOffset() + trackNumber;
     if (!isValidEntry(e))
         return;
-    m_currentTrackNumber.store(trackNumber);
+    const std::int32_t previousNumber = m_currentTrackNumber.exchange(trackNumber);
     const auto start = static_cast<std::int32_t>(segmentStart(e));
     if (isPlaying()) {
-        m_streaming.setCurrentSampleInFileAndFadeOutFadeIn(start,
-                                                           [this, e] { m_entryIndex.store(e); });
+        if (!m_streaming.setCurrentSampleInFileAndFadeOutFadeIn(
+                start, [this, e] { m_entryIndex.store(e); }))
+            m_currentTrackNumber.store(previousNumber);
         return;
     }
     m_streaming.setCurrentSampleInFile(start);

@@ -7,6 +7,7 @@
 #include "audio/Player.h"
 #include "ddp/DDPModel.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -53,6 +54,7 @@ private slots:
     void nextPastLastReturnsToFirstTrackStopped();
     void lastTrackPlaysToItsEnd();
     void trackEndRunsOnWithoutAJump();
+    void trackEndOnlyAtTheRealEnd();
     void withoutTrackSourceNothingHappens();
 
 private:
@@ -243,13 +245,76 @@ void TestAudioPlayer::trackEndRunsOnWithoutAJump()
     // Past the fade-in every sample arrives once and in order: no fade, no
     // step back at the boundary.
     QCOMPARE(checkTail(out, player.streaming(), 6144 + 2040 - 500), QString());
+}
 
-    // During a fade the end of a track falls back to the faded jump.
-    player.pause();
+// The display sees a track's end in a float and acts on it every tick; the
+// player must move on only at the real end, and never while a jump it was
+// asked for is still fading out.
+void TestAudioPlayer::trackEndOnlyAtTheRealEnd()
+{
+    // A track selected just before the end: the old track's end passes
+    // during the fade-out, and the selected track is what plays.
+    {
+        Player player;
+        loadInto(player, makeModel(false));
+        player.play();
+        const std::uint32_t length = player.currentTrackLength();
+        drive(player.streaming(), 256, length / 4 - 256);
+        player.selectTrack(3); // entry 5
+        std::vector<float> out;
+        for (int i = 0; i < 16; ++i) {
+            const std::vector<float> more = drive(player.streaming(), 256, 256);
+            out.insert(out.end(), more.begin(), more.end());
+            if (player.position() >= float(player.currentTrackLength()))
+                player.onTrackEnded();
+        }
+        QCOMPARE(player.entryIndex(), 5);
+        QCOMPARE(player.currentTrackNumber(), 3);
+        QCOMPARE(player.currentTrackStart(), 40 * kCdFrame);
+        QCOMPARE(checkTail(out, player.streaming(), 2000), QString());
+    }
+
+    // A seven-minute track one frame short of its end: the float position
+    // already equals the length, yet nothing may happen until the end.
+    const std::vector<testbytes::Entry> spec = {
+        {"00", 0, 0, 0, 0}, {"01", 0, 0, 0, 0}, {"01", 1, 0, 0, 0}, {"02", 1, 7, 0, 10},
+        {"03", 1, 7, 5, 0}, {"AA", 1, 7, 6, 0}, {"AA", 0, 7, 6, 0},
+    };
+    std::vector<PqEntry> entries;
+    for (const testbytes::Entry& e : spec)
+        entries.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
+    auto model = std::make_shared<DDPModel>();
+    model->setEntries(std::move(entries));
+    for (std::uint32_t index : {1u, 1u, 1u})
+        model->appendIndex(index);
+    QTemporaryDir dir;
+    QFile image(dir.filePath(QStringLiteral("IMAGE.DAT")));
+    QVERIFY(image.open(QIODevice::WriteOnly));
+    QVERIFY(image.resize(qint64(7 * 60 + 7) * 176400)); // sparse: silence
+    image.close();
+
+    Player player;
+    player.setTrackSource(model);
+    player.load(image.fileName(), {});
+    QVERIFY(player.streaming().waitForReader());
+    player.play();
+    const std::uint32_t length = player.currentTrackLength();
+    for (std::uint32_t done = 0; done < length / 4 - 1;) {
+        const std::uint32_t n = std::min<std::uint32_t>(44100 * 10, length / 4 - 1 - done);
+        drive(player.streaming(), 4096, n);
+        done += n;
+    }
+    QCOMPARE(player.position(), float(length));
     player.onTrackEnded();
-    drive(player.streaming(), 256, 1024);
-    QCOMPARE(player.entryIndex(), 4);
-    QCOMPARE(player.currentTrackStart(), 30 * kCdFrame);
+    QCOMPARE(player.entryIndex(), 2);
+    QCOMPARE(player.streaming().fadeState(), std::uint32_t(Idle));
+    QVERIFY(!player.streaming().hasQueuedActions());
+
+    drive(player.streaming(), 1, 1);
+    player.onTrackEnded();
+    QCOMPARE(player.entryIndex(), 3);
+    QCOMPARE(player.position(), 0.0f);
+    QCOMPARE(player.streaming().fadeState(), std::uint32_t(Idle));
 }
 
 void TestAudioPlayer::withoutTrackSourceNothingHappens()

@@ -343,6 +343,13 @@ void TestAudioStreaming::positionKeepsCountsAcrossShiftsNotAcrossStores()
     position.addSince(callback, 2000);
     QCOMPARE(position.load(), 40u);
 
+    // A callback that publishes midway counts on from what it left.
+    callback = position.snapshot();
+    callback = position.addSince(callback, 140);
+    position.addSince(callback, 240);
+    QCOMPARE(position.load(), 240u);
+    position.store(40);
+
     // A store of the same value still wins.
     callback = position.snapshot();
     position.store(40);

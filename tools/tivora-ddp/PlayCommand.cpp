@@ -25,9 +25,11 @@ namespace {
 
 volatile std::sig_atomic_t g_interrupted = 0;
 
-void onInterrupt(int)
+void onInterrupt(int signal)
 {
     g_interrupted = 1;
+    // A second Ctrl+C ends the program at once.
+    std::signal(signal, SIG_DFL);
 }
 
 int usage()
@@ -175,10 +177,21 @@ int runPlay(const QStringList& args)
     clock.start();
     bool stopping = false;
     int tick = 0;
+    // A device that no longer asks for audio cannot finish the fade-out.
+    std::uint64_t framesSeen = player.streaming().framesProcessed();
+    QElapsedTimer sinceFrames;
+    sinceFrames.start();
     // The window's 16 ms display tick: move on at a track's end; the player
     // stops by itself after the last track.
     while (!player.isStopped()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(16));
+        const std::uint64_t frames = player.streaming().framesProcessed();
+        if (frames != framesSeen) {
+            framesSeen = frames;
+            sinceFrames.restart();
+        } else if (stopping && sinceFrames.elapsed() > 500) {
+            break;
+        }
         const bool timeUp = arguments->seconds &&
                             clock.elapsed() >= static_cast<qint64>(*arguments->seconds * 1000);
         if (!stopping && (g_interrupted || timeUp)) {
