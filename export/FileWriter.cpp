@@ -44,7 +44,7 @@ QString FileWriter::writeFailure(QFile& out)
 {
     const QString detail = out.errorString();
     out.close();
-    removePartialFile(m_outputPath);
+    removePartialFile(m_writingPath);
     return tr("Could not write \"%1\": %2").arg(m_outputPath, detail);
 }
 
@@ -58,6 +58,12 @@ QString FileWriter::copyRange()
         return tr("The track's range in the image is not valid (bytes %1 to %2).")
             .arg(m_start)
             .arg(m_end);
+
+    // Writing over the image would destroy the master the WAV comes from.
+    const QString imageFile = QFileInfo(m_imagePath).canonicalFilePath();
+    if (!imageFile.isEmpty() && QFileInfo(m_outputPath).canonicalFilePath() == imageFile)
+        return tr("\"%1\" is the disc's audio image; choose another name for the WAV file.")
+            .arg(m_outputPath);
 
     // The image stays open until the range is written: the range may be its
     // mapped pages.
@@ -87,9 +93,15 @@ QString FileWriter::copyRange()
     }
     reportProgress(length);
 
-    // Write-only truncates a file that is already there. Unbuffered: every
-    // write goes to the system at once, and its failure shows at once.
-    QFile out(m_outputPath);
+    // The WAV is written under a ".part" name and takes its own name only
+    // when complete, so an export cut short (a crash, Ctrl+C, power loss)
+    // never leaves a file that looks whole. A device is written as it is.
+    const QFileInfo target(m_outputPath);
+    const bool direct = target.exists() && !target.isFile();
+    m_writingPath = direct ? m_outputPath : m_outputPath + QStringLiteral(".part");
+    // Unbuffered: every write goes to the system at once, and its failure
+    // shows at once.
+    QFile out(m_writingPath);
     if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return tr("Could not create \"%1\": %2").arg(m_outputPath, out.errorString());
     const QByteArray header = wavHeader(static_cast<std::uint32_t>(length));
@@ -101,7 +113,7 @@ QString FileWriter::copyRange()
             return writeFailure(out);
         if (cancelled()) {
             out.close();
-            removePartialFile(m_outputPath);
+            removePartialFile(m_writingPath);
             return tr("The export was cancelled.");
         }
         if (piece == kPieceSize) {
@@ -113,6 +125,18 @@ QString FileWriter::copyRange()
     out.close();
     if (out.error() != QFileDevice::NoError)
         return writeFailure(out);
+    if (!direct) {
+        // Write-only would have replaced a file already there; so does this.
+        if (QFile::exists(m_outputPath) && !QFile::remove(m_outputPath)) {
+            removePartialFile(m_writingPath);
+            return tr("Could not replace \"%1\".").arg(m_outputPath);
+        }
+        if (!QFile::rename(m_writingPath, m_outputPath)) {
+            removePartialFile(m_writingPath);
+            return tr("Could not write \"%1\": the finished file could not be renamed.")
+                .arg(m_outputPath);
+        }
+    }
     emit fileWritten(m_outputPath);
     return {};
 }

@@ -56,6 +56,7 @@ protected:
     qint64 m_start = 0;
     qint64 m_end = 0;
     qint64 m_bytesProcessed = 0;
+    QString m_writingPath; // the output path, or its ".part" while written
 
 private:
     void reportProgress(qint64 length);

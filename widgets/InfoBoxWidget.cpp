@@ -1,10 +1,13 @@
 #include "widgets/InfoBoxWidget.h"
 
+#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+
+#include <exception>
 
 namespace {
 
@@ -16,11 +19,20 @@ QString orMissing(const QString& text)
     return trimmed.isEmpty() ? kMissing : trimmed;
 }
 
+// The album record's text, decoded as the table decodes it.
+QString albumText(const DDPModel& model, CdTextRecord::SlotIndex slot)
+{
+    try {
+        return cdTextString(model.cdText(), 0, slot);
+    } catch (const std::exception&) {
+        return QString();
+    }
+}
+
 QString upcEanOf(const DDPModel& model)
 {
     if (model.hasCdText()) {
-        const QString code =
-            QString::fromStdString(model.cdText().text(0, CdTextRecord::Code)).trimmed();
+        const QString code = albumText(model, CdTextRecord::Code).trimmed();
         if (!code.isEmpty())
             return code;
     }
@@ -39,6 +51,8 @@ QLabel* makeLabel(const char* name, QWidget* parent)
 {
     auto* label = new QLabel(parent);
     label->setObjectName(QString::fromLatin1(name));
+    // Disc text is shown as it is, never read as markup.
+    label->setTextFormat(Qt::PlainText);
     return label;
 }
 
@@ -110,12 +124,10 @@ void InfoBoxWidget::setModel(const DDPModel& model)
     clear();
     m_upcEanLabel->setText(upcEanOf(model));
     if (model.hasCdText()) {
-        const CdTextRecord& text = model.cdText();
-        m_artistLabel->setText(
-            orMissing(QString::fromStdString(text.text(0, CdTextRecord::Performer))));
-        m_albumLabel->setText(orMissing(QString::fromStdString(text.text(0, CdTextRecord::Title))));
+        m_artistLabel->setText(orMissing(albumText(model, CdTextRecord::Performer)));
+        m_albumLabel->setText(orMissing(albumText(model, CdTextRecord::Title)));
     }
     // The full text stays reachable when a long title is cut.
     for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel})
-        value->setToolTip(value->text() == kMissing ? QString() : value->text());
+        value->setToolTip(value->text() == kMissing ? QString() : value->text().toHtmlEscaped());
 }

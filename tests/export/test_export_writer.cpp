@@ -207,6 +207,24 @@ private slots:
         QCOMPARE(o.finished, 0);
         QCOMPARE(o.failures.size(), 1);
         QVERIFY(!QFileInfo::exists(output));
+        QVERIFY(!QFileInfo::exists(output + QStringLiteral(".part")));
+    }
+
+    void neverWritesOverTheImage()
+    {
+        // However the image is named, the master stays as it is.
+        const QFileInfo image(m_image);
+        const QByteArray before = patternBytes(0, image.size());
+        for (const QString& output :
+             {m_image, image.absolutePath() + QStringLiteral("/./") + image.fileName()}) {
+            FileWriterOneTrack worker(output, m_image, 0, 4704);
+            const Outcome o = run(worker);
+            QCOMPARE(o.finished, 0);
+            QCOMPARE(o.failures.size(), 1);
+            QFile file(m_image);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QVERIFY(file.readAll() == before);
+        }
     }
 
     void diskFull()

@@ -209,6 +209,14 @@ private slots:
         box.setModel(blankCode);
         QCOMPARE(box.upcEanLabel()->text(), QStringLiteral("4006381333931"));
         QCOMPARE(box.albumLabel()->text(), QStringLiteral("-"));
+
+        // Single-byte CD-Text is ISO 8859-1, and markup-like text is text.
+        DDPModel latin;
+        latin.setCdText(albumText("Caf\xe9 <I> Tour", "Bj\xf6rk", ""));
+        box.setModel(latin);
+        QCOMPARE(box.artistLabel()->text(), QStringLiteral("Bj\u00f6rk"));
+        QCOMPARE(box.albumLabel()->text(), QStringLiteral("Caf\u00e9 <I> Tour"));
+        QCOMPARE(box.albumLabel()->textFormat(), Qt::PlainText);
     }
 
     void fontTable()
