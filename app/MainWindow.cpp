@@ -38,6 +38,7 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSizeGrip>
 #include <QStandardItemModel>
@@ -252,6 +253,11 @@ LoadResult MainWindow::load(const QDir& folder)
     m_player.stop();
     resetDisplay();
     connectPerLoad();
+    // Until this load succeeds nothing plays or exports: not the disc shown
+    // before, and not what a failed load has put in the table.
+    m_loadedFolder.clear();
+    m_player.setTrackSource(nullptr);
+    m_menuBar->setExportEnabled(false);
 
     m_model = std::make_shared<DDPModel>();
     m_transportController->setTrackNumberModel(m_model);
@@ -279,6 +285,7 @@ LoadResult MainWindow::load(const QDir& folder)
         return result;
     }
 
+    m_loadedFolder = folder.absolutePath();
     m_player.setTrackSource(m_model);
     const QString image =
         resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
@@ -412,16 +419,20 @@ void MainWindow::onInfoButtonClicked(std::int32_t row, QToolButton* button)
 
 void MainWindow::onExportAsWavButtonClicked(std::int32_t row)
 {
+    if (m_loadedFolder.isEmpty())
+        return;
     m_player.stop();
     m_wavExport->setModel(m_model);
-    m_wavExport->exportTrack(row, m_ddpPath);
+    m_wavExport->exportTrack(row, m_loadedFolder);
 }
 
 void MainWindow::onWavExportAllTriggered()
 {
+    if (m_loadedFolder.isEmpty())
+        return;
     m_player.stop();
     m_wavExport->setModel(m_model);
-    m_wavExport->exportAllTracks(m_ddpPath);
+    m_wavExport->exportAllTracks(m_loadedFolder);
 }
 
 void MainWindow::onTimeout()
@@ -553,6 +564,19 @@ void MainWindow::dropEvent(QDropEvent* event)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    // Closing would stop the export and remove the file it is writing: only
+    // when the user says so.
+    if (m_wavExport->isRunning()) {
+        QMessageBox box(QMessageBox::Warning, tr("Export Running"),
+                        tr("A WAV export is still running. Stop it and close Tivora?"),
+                        QMessageBox::Yes | QMessageBox::No, this);
+        box.setDefaultButton(QMessageBox::No);
+        box.setEscapeButton(QMessageBox::No);
+        if (box.exec() != QMessageBox::Yes) {
+            event->ignore();
+            return;
+        }
+    }
     writeSetting(kMainWindowGeometryKey, saveGeometry());
     m_tableViewWidget->saveHeaderState();
     // Closing the device can take a moment (PulseAudio plays out what it

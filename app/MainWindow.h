@@ -137,6 +137,7 @@ private:
     FolderChooser m_chooseFolder;
 
     QString m_ddpPath;
+    QString m_loadedFolder; // the folder of the disc that plays; empty when none
     MeterInfo m_meterInfo;
     bool m_cdTimeRemaining = false;
     bool m_trackTimeRemaining = false;

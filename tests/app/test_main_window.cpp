@@ -284,12 +284,15 @@ private slots:
         QTRY_VERIFY(window.player().isStopped());
     }
 
-    void aFailedLoadLeavesAnEmptyTable()
+    // Nothing of the disc before stays playable or exportable behind the
+    // error of a failed load.
+    void aFailedLoadLeavesNothingLoaded()
     {
         ModalAnswerer answerer;
         MainWindow window;
         window.openPath(m_disc);
         QVERIFY(window.itemModel()->rowCount() > 0);
+        QVERIFY(window.menuBarWidget()->exportAction()->isEnabled());
         const QString broken = m_dir.filePath(QStringLiteral("broken"));
         mkddp::DiscSpec spec = mkddp::simpleDisc(2, 3);
         spec.faults = {mkddp::Fault::NoImageFile};
@@ -299,6 +302,10 @@ private slots:
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes.first().title, QStringLiteral("IMAGE Missing"));
         QVERIFY(window.model()->entries().empty());
+        QVERIFY(!window.menuBarWidget()->exportAction()->isEnabled());
+        QCOMPARE(window.player().currentTrackLength(), 0u);
+        window.player().play();
+        QVERIFY(!window.player().isPlaying());
     }
 };
 
