@@ -18,6 +18,19 @@ namespace {
 
 constexpr std::uint32_t kCdFrame = 2352;
 
+std::shared_ptr<DDPModel> modelOf(const std::vector<testbytes::Entry>& spec,
+                                  std::initializer_list<std::uint32_t> indexList)
+{
+    std::vector<PqEntry> entries;
+    for (const testbytes::Entry& e : spec)
+        entries.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
+    auto model = std::make_shared<DDPModel>();
+    model->setEntries(std::move(entries));
+    for (std::uint32_t index : indexList)
+        model->appendIndex(index);
+    return model;
+}
+
 // Lead-in, track 1 with a pause, an index 02, track 2 with a pre-gap, track
 // 3, the lead-out: one second of audio, 75 CD frames.
 std::shared_ptr<DDPModel> makeModel(bool firstRowPause)
@@ -27,16 +40,9 @@ std::shared_ptr<DDPModel> makeModel(bool firstRowPause)
         {"01", 2, 0, 0, 20}, {"02", 0, 0, 0, 30}, {"02", 1, 0, 0, 40},
         {"03", 1, 0, 0, 60}, {"AA", 1, 0, 1, 0},  {"AA", 0, 0, 1, 0},
     };
-    std::vector<PqEntry> entries;
-    for (const testbytes::Entry& e : spec)
-        entries.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
-    auto model = std::make_shared<DDPModel>();
-    model->setEntries(std::move(entries));
     if (firstRowPause)
-        model->appendIndex(0);
-    for (std::uint32_t index : {1u, 2u, 0u, 1u, 1u})
-        model->appendIndex(index);
-    return model;
+        return modelOf(spec, {0u, 1u, 2u, 0u, 1u, 1u});
+    return modelOf(spec, {1u, 2u, 0u, 1u, 1u});
 }
 
 } // namespace
@@ -276,17 +282,14 @@ void TestAudioPlayer::trackEndOnlyAtTheRealEnd()
 
     // A seven-minute track one frame short of its end: the float position
     // already equals the length, yet nothing may happen until the end.
-    const std::vector<testbytes::Entry> spec = {
-        {"00", 0, 0, 0, 0}, {"01", 0, 0, 0, 0}, {"01", 1, 0, 0, 0}, {"02", 1, 7, 0, 10},
-        {"03", 1, 7, 5, 0}, {"AA", 1, 7, 6, 0}, {"AA", 0, 7, 6, 0},
-    };
-    std::vector<PqEntry> entries;
-    for (const testbytes::Entry& e : spec)
-        entries.push_back(PqEntry::fromBytes(testbytes::pqEntry(e)));
-    auto model = std::make_shared<DDPModel>();
-    model->setEntries(std::move(entries));
-    for (std::uint32_t index : {1u, 1u, 1u})
-        model->appendIndex(index);
+    auto model = modelOf({{"00", 0, 0, 0, 0},
+                          {"01", 0, 0, 0, 0},
+                          {"01", 1, 0, 0, 0},
+                          {"02", 1, 7, 0, 10},
+                          {"03", 1, 7, 5, 0},
+                          {"AA", 1, 7, 6, 0},
+                          {"AA", 0, 7, 6, 0}},
+                         {1u, 1u, 1u});
     QTemporaryDir dir;
     QFile image(dir.filePath(QStringLiteral("IMAGE.DAT")));
     QVERIFY(image.open(QIODevice::WriteOnly));
