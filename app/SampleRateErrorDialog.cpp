@@ -4,6 +4,17 @@
 
 #include <QPushButton>
 
+namespace {
+
+// The result line sits on the dialog's dark background: green, yellow and
+// red of the usual hues, lightened until they read at a contrast of at
+// least 4.5:1 there.
+const QColor kUsable(76, 166, 71);
+const QColor kNotRecommended(152, 152, 0);
+const QColor kFailed(199, 128, 124);
+
+} // namespace
+
 SampleRateErrorDialog::SampleRateErrorDialog(const LoadResult& result,
                                              Audio::IDeviceSetup& deviceSetup, QWidget* parent)
     : ErrorDialog(result, parent), m_deviceSetup(deviceSetup)
@@ -32,10 +43,9 @@ void SampleRateErrorDialog::rescan()
         const std::uint32_t rate =
             m_deviceSetup.audioDeviceInfos().currentDeviceInfo().preferredSampleRate;
         if (rate == 44100) {
-            showResult(QColor(61, 134, 57),
-                       tr("\">Rescan successful! The device can be used now.</font>"));
+            showResult(kUsable, tr("\">Rescan successful! The device can be used now.</font>"));
         } else {
-            showResult(QColor(Qt::darkYellow),
+            showResult(kNotRecommended,
                        tr("\">Rescan successful! The device can be used now but runs with a "
                           "sample rate that is not recommended (%1 Hz).</font>")
                            .arg(rate));
@@ -43,18 +53,17 @@ void SampleRateErrorDialog::rescan()
         return;
     }
 
-    const QColor failed(134, 61, 57);
     switch (m_deviceSetup.lastError().kind) {
     case ErrorKind::SampleRateNotCompatible:
-        showResult(failed,
+        showResult(kFailed,
                    tr("\">The sample rate of your audio device is not set to 44100 Hz.</font>"));
         break;
     case ErrorKind::ChannelConfigurationNotCompatible:
-        showResult(failed, tr("\">The channel configuration of your audio device is not "
-                              "compatible.</font>"));
+        showResult(kFailed, tr("\">The channel configuration of your audio device is not "
+                               "compatible.</font>"));
         break;
     case ErrorKind::UnknownAudioEngineError:
-        showResult(failed, tr("\">Unexpected error with your audio device.</font>"));
+        showResult(kFailed, tr("\">Unexpected error with your audio device.</font>"));
         break;
     default:
         break; // nothing new to tell

@@ -169,14 +169,20 @@ void StreamingEngine::errorCallback(RtAudioError::Type, const std::string& error
 StreamingEngine::Error classifyOpenFailure(const AudioDeviceInfo& device,
                                            const std::string& message)
 {
+    // RtAudio gives an empty record for the default device when there is
+    // none at all (no sound server, no card). That is no rate problem, and
+    // sending the user to the sample rate settings would not help.
+    const bool noDevice = device.name.empty() && device.outputChannels == 0 && !device.probed;
     StreamingEngine::Error error;
-    if (!supportsCdSampleRate(device))
+    if (noDevice)
+        error.kind = 3;
+    else if (!supportsCdSampleRate(device))
         error.kind = 1;
     else if (device.outputChannels < 2)
         error.kind = 2;
     else
         error.kind = 3;
-    error.message = message;
+    error.message = noDevice ? std::string(kNoOutputDeviceMessage) + " (" + message + ")" : message;
     return error;
 }
 

@@ -83,7 +83,10 @@ private:
 };
 
 // Kind 1 when the device lacks 44100 Hz, 2 when it has fewer than 2 output
-// channels, 3 otherwise; the message is RtAudio's.
+// channels, 3 otherwise; the message is RtAudio's. No device at all (the
+// empty record RtAudio leaves when nothing can play) is kind 3 whose message
+// starts with kNoOutputDeviceMessage.
+inline constexpr const char* kNoOutputDeviceMessage = "No audio output device was found.";
 StreamingEngine::Error classifyOpenFailure(const AudioDeviceInfo& device,
                                            const std::string& message);
 

@@ -67,6 +67,7 @@ QString errorText(ErrorKind kind, const std::string& message)
                   "open the Tivora menu and select the audio device from the <b>Devices</b> "
                   "menu.<br><br>");
     case ErrorKind::SampleRateNotCompatible:
+#ifdef Q_OS_WIN
         return tr("Your audio device runs with a sample rate that is not compatible with Tivora. "
                   "<br><br>Set the sample rate of your audio device to <b>16 bit, 44100 Hz (CD "
                   "Quality)</b> and click <b>Rescan</b>. To change the sample rate of your audio "
@@ -74,6 +75,18 @@ QString errorText(ErrorKind kind, const std::string& message)
                   "Advanced > Default Format</b>. <br><br>To select another audio device in "
                   "Tivora, open the Tivora menu and select it from the <b>Devices</b> "
                   "menu.<br><br>");
+#else
+        // There is no Control Panel here: the desktop's sound settings, or
+        // the sound server's own configuration, set the device's format.
+        return tr("Your audio device runs with a sample rate that is not compatible with Tivora. "
+                  "<br><br>Set the sample rate of your audio device to <b>16 bit, 44100 Hz (CD "
+                  "Quality)</b> and click <b>Rescan</b>. To change the sample rate of your audio "
+                  "device, open the <b>Sound</b> settings of your desktop and choose a profile of "
+                  "the output device that runs 44100 Hz, or allow 44100 Hz in the configuration "
+                  "of your sound server (PulseAudio or PipeWire). <br><br>To select another audio "
+                  "device in Tivora, open the Tivora menu and select it from the <b>Devices</b> "
+                  "menu.<br><br>");
+#endif
     case ErrorKind::ChannelConfigurationNotCompatible:
         return tr("The channel configuration of your audio device is not compatible with Tivora. "
                   "Change your audio device settings to at least stereo and click "

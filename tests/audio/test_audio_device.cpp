@@ -60,6 +60,12 @@ void TestAudioDevice::failedOpensAreClassified()
     QCOMPARE(other.kind, 3u);
     QCOMPARE(other.message, std::string("device busy"));
     QVERIFY(!supportsCdSampleRate(AudioDeviceInfo{}));
+    // No device at all (the empty record RtAudio leaves without a sound
+    // server or card) is no sample rate problem.
+    const StreamingEngine::Error none = classifyOpenFailure(AudioDeviceInfo{}, "invalid device");
+    QCOMPARE(none.kind, 3u);
+    QCOMPARE(QString::fromStdString(none.message),
+             QStringLiteral("No audio output device was found. (invalid device)"));
 }
 
 void TestAudioDevice::init()

@@ -6,12 +6,17 @@
 #include "app/ErrorDialogs.h"
 #include "app/SampleRateErrorDialog.h"
 #include "audio/IDeviceSetup.h"
+#include "widgets/CustomStyle.h"
 #include "widgets/Resources.h"
 
 #include <QApplication>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
+
+#include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -86,6 +91,21 @@ template <typename Action> Shown whileClosingBoxes(Action action)
     return shown;
 }
 
+// WCAG 2 relative luminance and contrast ratio.
+double luminance(const QColor& c)
+{
+    auto channel = [](double v) {
+        return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) + 0.0722 * channel(c.blueF());
+}
+
+double contrast(const QColor& a, const QColor& b)
+{
+    const double la = luminance(a), lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
 QString resultLine(const char* colour, const QString& text)
 {
     return QStringLiteral("<font color= \"") + QLatin1String(colour) + QStringLiteral("\">") +
@@ -114,14 +134,26 @@ private slots:
                "(CD Quality)</b>, and click <b>Rescan</b>. Otherwise a samplerate conversion is "
                "done during playback. To select another audio device in Tivora, open the Tivora "
                "menu and select the audio device from the <b>Devices</b> menu.<br><br>";
+        // The way to the device's format is the system's own.
+#ifdef Q_OS_WIN
+        const QString formatHelp = QStringLiteral(
+            "open the Control Panel in Windows and select <b>Sound > Properties > Advanced > "
+            "Default Format</b>.");
+#else
+        const QString formatHelp = QStringLiteral(
+            "open the <b>Sound</b> settings of your desktop and choose a profile of the output "
+            "device that runs 44100 Hz, or allow 44100 Hz in the configuration of your sound "
+            "server (PulseAudio or PipeWire).");
+#endif
         QTest::newRow("1")
             << 1 << QString() << "Audio Device Sample Rate Not Compatible"
             << "Your audio device runs with a sample rate that is not compatible with Tivora. "
                "<br><br>Set the sample rate of your audio device to <b>16 bit, 44100 Hz (CD "
                "Quality)</b> and click <b>Rescan</b>. To change the sample rate of your audio "
-               "device, open the Control Panel in Windows and select <b>Sound > Properties > "
-               "Advanced > Default Format</b>. <br><br>To select another audio device in Tivora, "
-               "open the Tivora menu and select it from the <b>Devices</b> menu.<br><br>";
+               "device, " +
+                   formatHelp +
+                   " <br><br>To select another audio device in Tivora, open the Tivora menu and "
+                   "select it from the <b>Devices</b> menu.<br><br>";
         QTest::newRow("2")
             << 2 << QString() << "Audio Device Channel Configuration Not Compatible"
             << "The channel configuration of your audio device is not compatible with Tivora. "
@@ -207,21 +239,21 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::newRow("usable at 44100")
             << true << 44100 << 12
-            << resultLine("#3d8639", "Rescan successful! The device can be used now.");
+            << resultLine("#4ca647", "Rescan successful! The device can be used now.");
         QTest::newRow("usable at 48000")
             << true << 48000 << 12
-            << resultLine("#808000", "Rescan successful! The device can be used now but runs with "
+            << resultLine("#989800", "Rescan successful! The device can be used now but runs with "
                                      "a sample rate that is not recommended (48000 Hz).");
         QTest::newRow("failed: sample rate")
             << false << 0 << 1
-            << resultLine("#863d39",
+            << resultLine("#c7807c",
                           "The sample rate of your audio device is not set to 44100 Hz.");
         QTest::newRow("failed: channels")
             << false << 0 << 2
-            << resultLine("#863d39",
+            << resultLine("#c7807c",
                           "The channel configuration of your audio device is not compatible.");
         QTest::newRow("failed: other")
-            << false << 0 << 3 << resultLine("#863d39", "Unexpected error with your audio device.");
+            << false << 0 << 3 << resultLine("#c7807c", "Unexpected error with your audio device.");
         QTest::newRow("failed: no kind to tell") << false << 0 << 12 << QString();
     }
 
@@ -243,6 +275,40 @@ private slots:
         QCOMPARE(dialog.text(), built + line);
     }
 
+    // The result line is read on the dark dialog, not on a sheet of paper.
+    void rescanResultIsReadableOnTheDialog()
+    {
+        const QPalette before = QApplication::palette();
+        QApplication::setPalette(CustomStyle::darkPalette());
+        const struct
+        {
+            bool succeeds;
+            std::uint32_t rate;
+            ErrorKind kind;
+        } outcomes[] = {{true, 44100, ErrorKind::NoError},
+                        {true, 48000, ErrorKind::NoError},
+                        {false, 0, ErrorKind::SampleRateNotCompatible}};
+        for (const auto& outcome : outcomes) {
+            FakeDeviceSetup setup{outcome.rate};
+            setup.rescanResult = outcome.succeeds;
+            setup.error = LoadResult{outcome.kind, {}};
+            SampleRateErrorDialog dialog(LoadResult{ErrorKind::SampleRateNotRecommended, {}},
+                                         setup);
+            dialog.rescan();
+            const QRegularExpressionMatch colour =
+                QRegularExpression(QStringLiteral("<font color= \"(#[0-9a-f]{6})\""))
+                    .match(dialog.text());
+            QVERIFY(colour.hasMatch());
+            const QColor text(colour.captured(1));
+            const QColor background = dialog.palette().color(QPalette::Window);
+            QVERIFY2(contrast(text, background) >= 4.5,
+                     qPrintable(QStringLiteral("%1 on %2: %3:1")
+                                    .arg(text.name(), background.name())
+                                    .arg(contrast(text, background), 0, 'f', 2)));
+        }
+        QApplication::setPalette(before);
+    }
+
     void aLaterRescanReplacesAnEarlierOutcome()
     {
         FakeDeviceSetup setup;
@@ -255,7 +321,7 @@ private slots:
         setup.rescanResult = true;
         dialog.rescan();
         QCOMPARE(dialog.text(),
-                 built + resultLine("#3d8639", "Rescan successful! The device can be used now."));
+                 built + resultLine("#4ca647", "Rescan successful! The device can be used now."));
     }
 
     void audioStartupCheck_data()
