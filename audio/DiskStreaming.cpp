@@ -161,10 +161,9 @@ int DiskStreaming::seek(double fraction, std::int32_t length)
         m_position.samplePosition.store(samples);
     } else {
         m_position.samplePosition.store(samples);
-        // The chunks already read stay and are heard first when playback
-        // resumes; only what is read next comes from the new place.
-        m_reader.postRead(from, false);
-        m_reader.wake();
+        // What the reader holds from the old place (up to four chunks)
+        // would be heard first on resuming: drop it and read from here.
+        requestPrime(from);
     }
     return 0;
 }
@@ -375,6 +374,11 @@ int DiskStreaming::process(float* output, unsigned int frameCount)
 {
     m_framesProcessed.store(m_framesProcessed.load(std::memory_order_relaxed) + frameCount,
                             std::memory_order_relaxed);
+    // The state before the read request: a move made while paused is
+    // posted before the play that follows it, so whoever sees "playing"
+    // here also sees the move's epoch below and never plays on the chunk
+    // from before it.
+    const bool playing = isPlaying();
     applyRequests();
     if (m_currentData == nullptr || m_position.readIndex + 2 > m_currentSize)
         switchChunk();
@@ -384,7 +388,7 @@ int DiskStreaming::process(float* output, unsigned int frameCount)
         advanceSilently(frameCount);
         return 0;
     }
-    render(output, frameCount);
+    render(output, frameCount, playing);
     return 0;
 }
 
@@ -403,14 +407,13 @@ void DiskStreaming::advanceSilently(unsigned int frameCount)
     m_volume.store(volume, std::memory_order_relaxed);
 }
 
-void DiskStreaming::render(float* output, unsigned int frameCount)
+void DiskStreaming::render(float* output, unsigned int frameCount, bool playing)
 {
     const float target = m_volumeTarget.load(std::memory_order_relaxed);
     float volume = m_volume.load(std::memory_order_relaxed);
     LevelMeter::State meter = m_meter.state();
     SamplePosition::Snapshot positionAtStart = m_position.samplePosition.snapshot();
     std::uint32_t position = SamplePosition::valueOf(positionAtStart);
-    bool playing = isPlaying();
     bool missing = false;
 
     auto publishPosition = [&] {
@@ -486,6 +489,8 @@ void DiskStreaming::render(float* output, unsigned int frameCount)
         // audio, not in silence.
         if (!playing && isPlaying()) {
             playing = true;
+            // It may have come with a move this callback has not followed.
+            followReadRequest();
             if (m_currentData == nullptr || m_position.readIndex + 2 > m_currentSize)
                 switchChunk();
         }

@@ -63,7 +63,8 @@ namespace Audio {
 // In terms of the classic design: primeRequested is a change of epoch (the
 // read request word), wakeRequested is the wake sequence, and the reader
 // thread lives until this object goes (it is joined, so that tests can make
-// and drop many of these).
+// and drop many of these). A seek while paused or stopped discards the
+// read-ahead too: what resuming plays first comes from the new place.
 //
 // Where this differs from the simplest double buffer, it does so to keep
 // those promises: chunks carry epochs instead of being emptied from the GUI
@@ -162,7 +163,7 @@ private:
     bool runActions();
     bool stepFade(); // true when actions ran
     void advanceSilently(unsigned int frameCount);
-    void render(float* output, unsigned int frameCount);
+    void render(float* output, unsigned int frameCount, bool playing);
 
     StreamingEngine m_engine;
     PlayPosition m_position;

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <cmath>
+
 namespace audiotest {
 
 std::int16_t sampleAt(std::uint32_t frame, int channel)
@@ -69,6 +71,45 @@ QString checkTail(const std::vector<float>& out, const Audio::DiskStreaming& str
                     .arg(c)
                     .arg(static_cast<double>(got), 0, 'g', 9)
                     .arg(static_cast<double>(want), 0, 'g', 9);
+        }
+    }
+    return {};
+}
+
+QString checkStartsAt(const std::vector<float>& out, std::uint32_t first)
+{
+    constexpr std::size_t kFade = 440;
+    constexpr std::size_t kProbe = 1000;
+    const std::size_t frames = out.size() / 2;
+    if (frames <= kProbe)
+        return QStringLiteral("only %1 frames").arg(frames);
+    for (std::size_t f = 0; f < frames; ++f) {
+        for (int c = 0; c < 2; ++c) {
+            const float want = expectedAt(first + static_cast<std::uint32_t>(f), c);
+            const float got = out[2 * f + static_cast<std::size_t>(c)];
+            const bool ok = f < kFade ? std::abs(got - want * float(f + 1) / float(kFade)) < 1e-4f
+                                      : got == want;
+            if (ok)
+                continue;
+            QString heard = QStringLiteral("never");
+            for (std::size_t g = 0; g < frames; ++g) {
+                if (out[2 * g] == expectedAt(first + kProbe, 0) &&
+                    out[2 * g + 1] == expectedAt(first + kProbe, 1)) {
+                    heard = QStringLiteral("at output frame %1, %2 frames late")
+                                .arg(g)
+                                .arg(static_cast<long long>(g) - static_cast<long long>(kProbe));
+                    break;
+                }
+            }
+            return QStringLiteral("output frame %1 channel %2 is %3, want %4 (image frame %5); "
+                                  "image frame %6 heard %7")
+                .arg(f)
+                .arg(c)
+                .arg(static_cast<double>(got), 0, 'g', 9)
+                .arg(static_cast<double>(want), 0, 'g', 9)
+                .arg(first + f)
+                .arg(first + kProbe)
+                .arg(heard);
         }
     }
     return {};

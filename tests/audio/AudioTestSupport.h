@@ -32,4 +32,9 @@ std::vector<float> drive(Audio::DiskStreaming& streaming, unsigned perCall, unsi
 QString checkTail(const std::vector<float>& out, const Audio::DiskStreaming& streaming,
                   unsigned count, float volume = 1.0f);
 
+// `out` must start playback at image frame `first`: the 440-frame fade-in
+// from its very first frame, then every sample exact. On a failure the text
+// says where frame `first` + 1000 was heard instead, if at all.
+QString checkStartsAt(const std::vector<float>& out, std::uint32_t first);
+
 } // namespace audiotest

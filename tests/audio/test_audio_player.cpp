@@ -61,6 +61,7 @@ private slots:
     void lastTrackPlaysToItsEnd();
     void trackEndRunsOnWithoutAJump();
     void trackEndOnlyAtTheRealEnd();
+    void selectionWhilePausedResumesThere();
     void withoutTrackSourceNothingHappens();
 
 private:
@@ -318,6 +319,49 @@ void TestAudioPlayer::trackEndOnlyAtTheRealEnd()
     QCOMPARE(player.entryIndex(), 3);
     QCOMPARE(player.position(), 0.0f);
     QCOMPARE(player.streaming().fadeState(), std::uint32_t(Idle));
+}
+
+// While paused the reader has read ahead of the paused place; whatever
+// moves the position then must not let that be heard on resuming.
+void TestAudioPlayer::selectionWhilePausedResumesThere()
+{
+    constexpr std::uint32_t kFramesPerCdFrame = kCdFrame / 4;
+    Player player;
+    loadInto(player, makeModel(false));
+    player.play();
+    drive(player.streaming(), 256, 2048);
+    player.pause();
+    drive(player.streaming(), 256, 1024);
+
+    player.selectTrack(3); // entry 5, 40 CD frames in; plays at once
+    QVERIFY(player.isPlaying());
+    std::vector<float> out = drive(player.streaming(), 256, 8192);
+    QCOMPARE(checkStartsAt(out, 40 * kFramesPerCdFrame), QString());
+
+    player.pause();
+    drive(player.streaming(), 256, 1024);
+    player.selectPreviousTrack(); // back over the pre-gap and index 02
+    QCOMPARE(player.entryIndex(), 2);
+    drive(player.streaming(), 256, 1024);
+    player.play();
+    out = drive(player.streaming(), 256, 8192);
+    QCOMPARE(checkStartsAt(out, 10 * kFramesPerCdFrame), QString());
+
+    player.pause();
+    drive(player.streaming(), 256, 1024);
+    player.selectNextTrack(); // entry 3
+    player.play();
+    out = drive(player.streaming(), 256, 8192);
+    QCOMPARE(player.entryIndex(), 3);
+    QCOMPARE(checkStartsAt(out, 20 * kFramesPerCdFrame), QString());
+
+    // A seek through the player, 3/4 into entry 3 (10 CD frames long).
+    player.pause();
+    drive(player.streaming(), 256, 1024);
+    QCOMPARE(player.seek(0.75), 0);
+    player.play();
+    out = drive(player.streaming(), 256, 4096);
+    QCOMPARE(checkStartsAt(out, 20 * kFramesPerCdFrame + 4410), QString());
 }
 
 void TestAudioPlayer::withoutTrackSourceNothingHappens()

@@ -33,6 +33,8 @@ private slots:
     void fadeInAndPauseResumeWhereItLeft();
     void jumpLandsOnFrameBoundary();
     void seekClampsRoundsAndRefusesDuringFade();
+    void seekWhilePausedResumesAtTheTarget_data();
+    void seekWhilePausedResumesAtTheTarget();
     void stopAndPauseTransitions();
     void requestsDuringAFadeRunInOrder();
     void endOfFileCallbackOnlyAtTheEnd();
@@ -198,6 +200,51 @@ void TestAudioStreaming::seekClampsRoundsAndRefusesDuringFade()
         const std::size_t f = 2048 - 500 + k;
         QCOMPARE(out[2 * f], expectedAt(1000 + since - 500 + k, 0));
     }
+}
+
+void TestAudioStreaming::seekWhilePausedResumesAtTheTarget_data()
+{
+    QTest::addColumn<unsigned>("pausedFrames");
+    // The device calls on while paused, or the seek and the play fall
+    // between two callbacks.
+    QTest::addRow("callbacks while paused") << 2048u;
+    QTest::addRow("none in between") << 0u;
+}
+
+void TestAudioStreaming::seekWhilePausedResumesAtTheTarget()
+{
+    QFETCH(unsigned, pausedFrames);
+    // A second of audio, so that the old read-ahead and the targets lie far
+    // apart.
+    QTemporaryDir dir;
+    const QString image = writeImage(dir.path(), 44100);
+    DiskStreaming streaming;
+    streaming.openFile(image, {});
+    streaming.setCurrentSampleInFile(4 * 20000);
+    streaming.play();
+    drive(streaming, 256, 1024);
+    streaming.pause();
+    drive(streaming, 256, 1024);
+    QVERIFY(streaming.isPaused());
+
+    // The reader has every slot filled from the old place by now.
+    QCOMPARE(streaming.seek(0.5, 4 * 20000), 0);
+    QCOMPARE(streaming.position(), 4.0f * 10000);
+    if (pausedFrames > 0)
+        drive(streaming, 256, pausedFrames);
+    QCOMPARE(streaming.position(), 4.0f * 10000);
+    streaming.play();
+    // Long enough to find the target even behind all the old chunks.
+    const std::vector<float> out = drive(streaming, 256, 10240);
+    QCOMPARE(checkStartsAt(out, 20000 + 10000), QString());
+    QCOMPARE(streaming.position(), 4.0f * (10000 + 10240));
+
+    // Back again, with no callback in between.
+    streaming.pause();
+    drive(streaming, 256, 1024);
+    QCOMPARE(streaming.seek(0.05, 4 * 20000), 0);
+    streaming.play();
+    QCOMPARE(checkStartsAt(drive(streaming, 256, 10240), 20000 + 1000), QString());
 }
 
 void TestAudioStreaming::stopAndPauseTransitions()
