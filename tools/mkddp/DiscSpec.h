@@ -115,4 +115,12 @@ DiscSpec demoDisc();
 // full 783 MB image).
 DiscSpec longDisc(int minutes);
 
+// The longest title a single-byte CD-Text slot holds: 159 Latin-1 letters
+// outside ASCII, 318 bytes once in UTF-8.
+QString longLatin1Title();
+// Turns on CD-Text and puts control characters (escape sequences, BEL, tab,
+// new line, DEL and the C1 CSI and NEL), as a single-byte block carries them,
+// into the album title, track 1's title and the last track's performer.
+void putControlCharacters(DiscSpec& spec);
+
 } // namespace mkddp

@@ -151,4 +151,23 @@ DiscSpec longDisc(int minutes)
     return spec;
 }
 
+QString longLatin1Title()
+{
+    const QString letters = QStringLiteral("ÄÖÜäöüßéèàçñ");
+    QString title;
+    for (int i = 0; i < 159; ++i)
+        title += letters.at(i % letters.size());
+    return title;
+}
+
+void putControlCharacters(DiscSpec& spec)
+{
+    spec.cdText = true;
+    spec.album.title = QStringLiteral("Album\x1b]0;retitled\x07 Sessions");
+    if (spec.tracks.isEmpty())
+        return;
+    spec.tracks[0].text.title = QStringLiteral("Red\x1b[31m\tTab\nLine\x7f\u009b2J");
+    spec.tracks.last().text.performer = QStringLiteral("Bell\x07 NEL\u0085 End");
+}
+
 } // namespace mkddp

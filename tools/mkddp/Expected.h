@@ -13,7 +13,7 @@ namespace mkddp {
 // One PQ entry as the generator writes it.
 struct LayoutEntry
 {
-    QByteArray track; // "00", "01" .. "99", "AA"
+    QByteArray track; // "00", "01" .. "99", "AA" (track 100 is "00" again)
     int index = 0;
     int frame = 0;       // absolute CD frame from the image start
     int trackNumber = 0; // 0 for lead-in and lead-out

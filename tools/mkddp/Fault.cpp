@@ -33,6 +33,7 @@ constexpr FaultInfo kFaults[] = {
     {Fault::CdTextLastTrackTooLow, "cdtext-last-track-too-low", 10},
     {Fault::CdTextExtraTrack, "cdtext-extra-track", 12},
     {Fault::CdTextBadDoubleByte, "cdtext-bad-double-byte", 12},
+    {Fault::DuplicateTrackNumbers, "duplicate-track-numbers", 12},
 };
 
 const FaultInfo& info(Fault fault)

@@ -33,6 +33,7 @@ enum class Fault
     CdTextLastTrackTooLow, // the size information's last track is one below the PQ's
     CdTextExtraTrack,      // strings for one track beyond the last one (dropped by readers)
     CdTextBadDoubleByte,   // track 1's title is not valid code page 932 (double-byte discs)
+    DuplicateTrackNumbers, // every track's PQ entries carry the first track's number
 };
 
 // Command-line names: "no-ddpid", "ddpms-bad-first-tag", ...
@@ -45,9 +46,9 @@ QStringList allFaultNames();
 // `tivora-ddp info` reports it: 5 and 6 no DDP, 7 image missing, 8 DDPID
 // invalid, 9 DDPMS invalid, 10 PQ descriptor invalid, 11 CD-Text failure,
 // 12 loaded. The DDPMS garbage and short-packet faults, PqTruncatedLast,
-// NoCdTextFile, CdTextExtraTrack and CdTextBadDoubleByte load (12). The
-// CdText* faults need a disc with CD-Text, CdTextBadDoubleByte a double-byte
-// one.
+// NoCdTextFile, CdTextExtraTrack, CdTextBadDoubleByte and DuplicateTrackNumbers
+// load (12). The CdText* faults need a disc with CD-Text, CdTextBadDoubleByte a
+// double-byte one.
 int expectedKind(Fault fault);
 
 } // namespace mkddp

@@ -20,7 +20,9 @@ QVector<LayoutEntry> pqLayout(const DiscSpec& spec)
     for (int k = 0; k < spec.tracks.size(); ++k) {
         const TrackSpec& track = spec.tracks.at(k);
         const int number = spec.firstTrackNumber + k;
-        const QByteArray text = twoDigits(number);
+        // Two characters hold no number past 99: such a disc's numbers wrap
+        // to 00, as a tool writing the last two digits would leave them.
+        const QByteArray text = twoDigits(number % 100);
         if (track.pauseFrames > 0) {
             entries.append({text, 0, cursor, number});
             cursor += track.pauseFrames;

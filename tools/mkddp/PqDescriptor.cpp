@@ -30,7 +30,8 @@ QByteArray pqBytes(const DiscSpec& spec)
         const LayoutEntry& e = layout.at(i);
         QByteArray entry(kEntrySize, ' ');
         putField(entry, 0, 4, i == 0 && spec.has(Fault::PqBadTag) ? "VVVX" : "VVVS");
-        putField(entry, 4, 2, e.track);
+        const bool renumber = spec.has(Fault::DuplicateTrackNumbers) && e.trackNumber > 0;
+        putField(entry, 4, 2, renumber ? digits(spec.firstTrackNumber, 2) : e.track);
         putField(entry, 6, 2, digits(e.index, 2));
         putField(entry, 8, 2, digits(spec.pqHours, 2));
         putField(entry, 10, 2, digits(e.minutes(), 2));

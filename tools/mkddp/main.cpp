@@ -16,16 +16,20 @@ const char kUsage[] = R"(Usage:
   tivora-mkddp --help
 
 Options of "test":
-  --tracks N            number of tracks (default 3)
+  --tracks N            number of tracks (default 3, at most 199; past 99 the
+                        PQ's two-digit track numbers wrap to 00)
   --seconds S           length of each track in seconds (default 10)
   --minutes M           a long disc of M minutes in four-minute tracks
   --realistic           the realistic disc (7 tracks, pauses, index 02, CD-Text)
   --first-pause-frames F  pause before track 1 in CD frames (default 150)
   --pause-frames F      pause before every later track (default 0)
   --index2 F            an index 02 in every track, F frames after index 01
+  --empty-track N       track N (from 1) is of zero length
   --cdtext              write CD-Text
   --double-byte         CD-Text in code page 932 (Japanese sample titles)
   --second-block        a second CD-Text language block
+  --long-title          CD-Text, track 1's title 159 Latin-1 letters long
+  --control-text        CD-Text holding control characters (ESC, BEL, DEL, C1)
   --genre CODE          genre code (written as given; 1..27 are known)
   --upc DIGITS          UPC/EAN (13 digits)
   --hours H             hours field of every PQ entry
@@ -77,7 +81,8 @@ int main(int argc, char** argv)
         spec = mkddp::demoDisc();
     } else if (command == QLatin1String("test")) {
         int tracks = 3, seconds = 10, minutes = 0, firstPause = 150, pause = 0, index2 = 0;
-        bool realistic = false;
+        int emptyTrack = 0;
+        bool realistic = false, longTitle = false, controlText = false;
         mkddp::DiscSpec opts; // collects the flags applied at the end
         QVector<mkddp::Fault> faults;
         for (int i = 0; i < args.size(); ++i) {
@@ -98,7 +103,7 @@ int main(int argc, char** argv)
             QString text;
             bool ok = true;
             if (a == QLatin1String("--tracks"))
-                ok = number(&tracks) && tracks >= 0 && tracks <= 99;
+                ok = number(&tracks) && tracks >= 0 && tracks <= 199;
             else if (a == QLatin1String("--seconds"))
                 ok = number(&seconds) && seconds > 0;
             else if (a == QLatin1String("--minutes"))
@@ -109,6 +114,12 @@ int main(int argc, char** argv)
                 ok = number(&pause) && pause >= 0;
             else if (a == QLatin1String("--index2"))
                 ok = number(&index2) && index2 > 0;
+            else if (a == QLatin1String("--empty-track"))
+                ok = number(&emptyTrack) && emptyTrack > 0;
+            else if (a == QLatin1String("--long-title"))
+                longTitle = true;
+            else if (a == QLatin1String("--control-text"))
+                controlText = true;
             else if (a == QLatin1String("--realistic"))
                 realistic = true;
             else if (a == QLatin1String("--cdtext"))
@@ -190,6 +201,18 @@ int main(int argc, char** argv)
                 spec.secondBlock.append(
                     {QStringLiteral("Stück %1").arg(k + 1), {}, {}, {}, {}, {}, {}});
         }
+        if (emptyTrack > spec.tracks.size())
+            return fail(QStringLiteral("--empty-track %1: no such track").arg(emptyTrack));
+        if (emptyTrack > 0) {
+            spec.tracks[emptyTrack - 1].frames = 0;
+            spec.tracks[emptyTrack - 1].indexOffsets.clear();
+        }
+        if (longTitle && !spec.tracks.isEmpty()) {
+            spec.cdText = true;
+            spec.tracks[0].text.title = mkddp::longLatin1Title();
+        }
+        if (controlText)
+            mkddp::putControlCharacters(spec);
         spec.pqHours = opts.pqHours;
         spec.lowerCaseOnDisk = opts.lowerCaseOnDisk;
         spec.zeroPadNames = opts.zeroPadNames;
