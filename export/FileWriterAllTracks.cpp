@@ -32,11 +32,12 @@ QString FileWriterAllTracks::exportAll()
     // The lead-out's entries are never among these: the list stops before the
     // last two entries.
     const std::vector<std::size_t> tracks = exportedTrackEntries(*m_model);
+    const QStringList names = exportFileNames(*m_model);
     const QDir folder(m_outputFolder);
     for (std::size_t n = 0; n < tracks.size(); ++n) {
         emit trackStarted(static_cast<int>(n) + 1, static_cast<int>(tracks.size()));
         m_bytesProcessed = 0;
-        m_outputPath = folder.filePath(defaultFileName(*m_model, tracks[n]));
+        m_outputPath = folder.filePath(names.at(static_cast<int>(n)));
         try {
             const TrackRange range = trackRange(m_model->entries(), tracks[n]);
             m_start = range.start;
@@ -44,6 +45,12 @@ QString FileWriterAllTracks::exportAll()
         } catch (const std::exception& e) {
             return tr("The end of the track for \"%1\" is not in the PQ descriptor (%2).")
                 .arg(m_outputPath, QString::fromStdString(e.what()));
+        }
+        // A track that starts where the next one does has no audio; a WAV of
+        // nothing but a header would only look like a fault.
+        if (m_start == m_end) {
+            emit trackSkipped(m_outputPath);
+            continue;
         }
         const QString message = copyRange();
         if (!message.isEmpty())

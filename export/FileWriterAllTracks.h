@@ -7,8 +7,9 @@
 class DDPModel;
 
 // Writes every track of the disc into one folder, a file per track named as
-// the one-track export would propose. Bytes processed restart for each track,
-// so the progress runs from 0 to about 20000 once per track.
+// the one-track export would propose (each name distinct), and skips tracks of
+// no length. Bytes processed restart for each track, so the progress runs from
+// 0 to about 20000 once per track.
 class FileWriterAllTracks : public FileWriter
 {
     Q_OBJECT
@@ -20,6 +21,9 @@ public:
 signals:
     // Before each track: its place in the export (from 1) and the count.
     void trackStarted(int ordinal, int count);
+    // Instead of fileStarted and fileWritten for a track of no length (its
+    // start is the next track's): no file is written for it.
+    void trackSkipped(const QString& path);
 
 public slots:
     void process() override;

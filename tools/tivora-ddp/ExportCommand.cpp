@@ -5,6 +5,7 @@
 #include "tools/tivora-ddp/Commands.h"
 #include "tools/tivora-ddp/ExportProgressLine.h"
 #include "tools/tivora-ddp/InfoReport.h"
+#include "tools/tivora-ddp/TerminalText.h"
 
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
@@ -31,7 +32,8 @@ int usage()
 
 int fail(const QString& message)
 {
-    const QByteArray text = QStringLiteral("tivora-ddp export: %1\n").arg(message).toLocal8Bit();
+    const QByteArray text =
+        QStringLiteral("tivora-ddp export: %1\n").arg(terminalText(message)).toLocal8Bit();
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
     return 1;
 }
@@ -78,6 +80,15 @@ std::optional<Arguments> parse(const QStringList& args)
     parsed.path = positional[0];
     parsed.outDir = positional[1];
     return parsed;
+}
+
+// One line of the file list on standard output. The path holds names from
+// the disc and from the command line: control characters are escaped.
+void printListLine(const QString& text)
+{
+    const QByteArray line = terminalText(QDir::toNativeSeparators(text)).toLocal8Bit() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
+    std::fflush(stdout);
 }
 
 // The index-1 entry of track `number`, if the disc has one.
@@ -145,6 +156,11 @@ int runExport(const QStringList& args)
             ordinal = o;
             count = c;
         });
+        // In the file list, so that every track has its line: written files
+        // are absolute paths, a skipped one never starts like one.
+        QObject::connect(all.get(), &FileWriterAllTracks::trackSkipped, [](const QString& path) {
+            printListLine(QStringLiteral("skipped (empty track): ") + path);
+        });
         worker = std::move(all);
     }
 
@@ -160,9 +176,7 @@ int runExport(const QStringList& args)
         // The scale leaves out each phase's short last piece; done is done.
         progress.setValue(20000);
         progress.finish();
-        const QByteArray line = QDir::toNativeSeparators(path).toLocal8Bit() + '\n';
-        std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
-        std::fflush(stdout);
+        printListLine(path);
     });
     QObject::connect(worker.get(), &FileWriter::failed,
                      [&failure](const QString& message) { failure = message; });

@@ -4,6 +4,7 @@
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFolderCheck.h"
 #include "ddp/ErrorTexts.h"
+#include "tools/tivora-ddp/TerminalText.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -101,34 +102,38 @@ QByteArray infoReportJson(const InfoReport& report)
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
 
+// Every value that comes from the disc or the command line passes through
+// terminalText: the table goes to a terminal.
 QByteArray infoReportText(const InfoReport& report)
 {
     QString out;
     if (!report.folder.isEmpty())
-        out += QStringLiteral("DDP: %1\n").arg(report.folder);
+        out += QStringLiteral("DDP: %1\n").arg(terminalText(report.folder));
     if (report.result.kind != ErrorKind::NoError) {
         out += QStringLiteral("Error %1: %2\n")
                    .arg(static_cast<int>(report.result.kind))
                    .arg(errorTitle(report.result.kind));
         out += plainErrorText(report.result.kind) + QLatin1Char('\n');
         if (!report.result.message.empty())
-            out +=
-                QStringLiteral("Message: %1\n").arg(QString::fromStdString(report.result.message));
+            out += QStringLiteral("Message: %1\n")
+                       .arg(terminalText(QString::fromStdString(report.result.message)));
         return out.toUtf8();
     }
 
     const DDPModel& model = *report.model;
-    out += QStringLiteral("Image: %1\n").arg(ddpFileNameFromBytes(report.files.image));
+    out +=
+        QStringLiteral("Image: %1\n").arg(terminalText(ddpFileNameFromBytes(report.files.image)));
     if (model.hasCdText()) {
         const CdTextRecord& record = model.cdText();
-        const QString album = cdTextString(record, 0, CdTextRecord::Title);
-        const QString performer = cdTextString(record, 0, CdTextRecord::Performer);
+        const QString album = terminalText(cdTextString(record, 0, CdTextRecord::Title));
+        const QString performer = terminalText(cdTextString(record, 0, CdTextRecord::Performer));
         out += QStringLiteral("Album: %1%2\n")
                    .arg(album, performer.isEmpty() ? QString() : QStringLiteral(" / ") + performer);
         if (!record.genre.empty())
-            out += QStringLiteral("Genre: %1\n").arg(QString::fromStdString(record.genre));
+            out += QStringLiteral("Genre: %1\n")
+                       .arg(terminalText(QString::fromStdString(record.genre)));
     }
-    const QString upc = QString::fromLatin1(model.ddpIdUpcEan().c_str()).trimmed();
+    const QString upc = terminalText(QString::fromLatin1(model.ddpIdUpcEan().c_str()).trimmed());
     // Mastering tools write zeros when the disc has no code.
     if (!upc.isEmpty() && upc != QString(upc.size(), QLatin1Char('0')))
         out += QStringLiteral("UPC/EAN: %1\n").arg(upc);
@@ -137,14 +142,16 @@ QByteArray infoReportText(const InfoReport& report)
     // Only the columns that hold something, each as wide as its longest cell.
     const QStandardItemModel& table = *report.table;
     const QStringList names = trackTableHeaderNames();
+    auto cell = [&table](int r, int c) {
+        const QStandardItem* item = table.item(r, c);
+        return item ? terminalText(item->text()) : QString();
+    };
     QList<int> columns;
     QList<int> widths;
     for (int c = 0; c < table.columnCount(); ++c) {
         int width = 0;
-        for (int r = 0; r < table.rowCount(); ++r) {
-            if (const QStandardItem* item = table.item(r, c))
-                width = std::max(width, static_cast<int>(item->text().size()));
-        }
+        for (int r = 0; r < table.rowCount(); ++r)
+            width = std::max(width, static_cast<int>(cell(r, c).size()));
         if (width > 0) {
             columns.append(c);
             widths.append(std::max(width, static_cast<int>(names.at(c).size())));
@@ -159,11 +166,7 @@ QByteArray infoReportText(const InfoReport& report)
         out += text + QLatin1Char('\n');
     };
     line([&](int c) { return names.at(c); });
-    for (int r = 0; r < table.rowCount(); ++r) {
-        line([&](int c) {
-            const QStandardItem* item = table.item(r, c);
-            return item ? item->text() : QString();
-        });
-    }
+    for (int r = 0; r < table.rowCount(); ++r)
+        line([&](int c) { return cell(r, c); });
     return out.toUtf8();
 }
