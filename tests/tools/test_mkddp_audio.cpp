@@ -178,6 +178,51 @@ private slots:
         QCOMPARE(p.exitCode(), 0);
         QVERIFY(p.readAllStandardOutput().contains("pq-not-a-number"));
     }
+
+    void exportNameOptions_data()
+    {
+        // The command's options make the same disc as these changes of the spec.
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("tracks");
+        QTest::addColumn<int>("change");
+        QTest::newRow("empty track")
+            << QStringList{QStringLiteral("--empty-track"), QStringLiteral("2")} << 3 << 0;
+        QTest::newRow("long title") << QStringList{QStringLiteral("--long-title")} << 3 << 1;
+        QTest::newRow("control characters")
+            << QStringList{QStringLiteral("--control-text")} << 3 << 2;
+        QTest::newRow("numbers past 99")
+            << QStringList{QStringLiteral("--tracks"), QStringLiteral("150")} << 150 << 3;
+    }
+    void exportNameOptions()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(int, tracks);
+        QFETCH(int, change);
+        DiscSpec spec = simpleDisc(tracks, 1);
+        if (change == 0)
+            spec.tracks[1].frames = 0;
+        else if (change == 1)
+            spec.cdText = true, spec.tracks[0].text.title = longLatin1Title();
+        else if (change == 2)
+            putControlCharacters(spec);
+        QTemporaryDir dir;
+        QProcess p;
+        p.start(binary(QStringLiteral("tools/mkddp/tivora-mkddp")),
+                QStringList{QStringLiteral("test"), dir.path(), QStringLiteral("--seconds"),
+                            QStringLiteral("1")} +
+                    options);
+        QVERIFY(p.waitForFinished(30000));
+        QCOMPARE(p.exitCode(), 0);
+        const DiscFiles files = buildFiles(spec, true);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), int(files.size()));
+        for (const auto& [name, bytes] : files) {
+            QFile file(QDir(dir.path()).filePath(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QVERIFY2(file.readAll() == bytes, qPrintable(name));
+        }
+        if (change == 3)
+            QCOMPARE(pqBytes(spec).mid(101 * 64 + 4, 2), QByteArray("00")); // track 100
+    }
 };
 
 QTEST_GUILESS_MAIN(TestMkddpAudio)
