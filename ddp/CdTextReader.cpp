@@ -2,10 +2,13 @@
 
 #include "ddp/CheckedAccess.h"
 #include "ddp/DdpFileSource.h"
+#include "ddp/ReadLimits.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -149,8 +152,12 @@ std::optional<CdTextRecord> CdTextReader::read(const IDdpFileSource& source,
 {
     if (fileName.empty())
         return std::nullopt;
-    const std::optional<std::string> data = source.readFile(fileName);
-    if (!data)
+    const FileContent data = source.readFile(fileName, kMaxCdTextBytes);
+    if (data.status == FileContent::TooLarge)
+        throw std::length_error("The CD-Text file is larger than " +
+                                std::to_string(kMaxCdTextBytes) +
+                                " bytes (8 blocks of 256 packs), more than any disc holds.");
+    if (data.status != FileContent::Read)
         return std::nullopt;
-    return decode(*data);
+    return decode(data.bytes);
 }

@@ -18,7 +18,8 @@ class CdTextReader
 public:
     static constexpr std::size_t kPackSize = 18;
 
-    // Nothing when the DDP has no CD-Text (no name, or the file cannot be read).
+    // Nothing when the DDP has no CD-Text (no name, or the file cannot be
+    // read). Throws std::length_error for a file over kMaxCdTextBytes.
     static std::optional<CdTextRecord> read(const IDdpFileSource& source,
                                             const std::string& fileName);
     // The whole stream's bytes; a last partial pack is ignored.

@@ -54,6 +54,20 @@ public:
     void setDdpIdUpcEan(std::string code) { m_ddpIdUpcEan = std::move(code); }
     const std::string& ddpIdUpcEan() const { return m_ddpIdUpcEan; }
 
+    // The audio image as found on load: its size, and how many bytes the PQ
+    // entries need (up to the lead-out). An image shorter than that would
+    // play and export silence where the disc has music.
+    void setImageExtent(std::uint64_t size, std::uint64_t needed)
+    {
+        m_imageSize = size;
+        m_imageNeeded = needed;
+    }
+    std::uint64_t imageSize() const { return m_imageSize; }
+    std::uint64_t imageShortBy() const
+    {
+        return m_imageNeeded > m_imageSize ? m_imageNeeded - m_imageSize : 0;
+    }
+
     bool hasCdText() const { return !m_cdText.empty(); }
     bool isDoubleByte() const { return m_doubleByte; }
     bool isPlaying() const { return m_playing; }
@@ -71,4 +85,6 @@ private:
     std::function<void(bool)> m_listener;
     std::string m_imageFileName;
     std::string m_ddpIdUpcEan;
+    std::uint64_t m_imageSize = 0;
+    std::uint64_t m_imageNeeded = 0;
 };

@@ -2,20 +2,8 @@
 
 #include "ddp/DdpFileLookup.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <algorithm>
 #include <cctype>
-
-std::optional<std::string> IDdpFileSource::readFileHead(const std::string& name,
-                                                        std::size_t maxBytes) const
-{
-    std::optional<std::string> content = readFile(name);
-    if (content && content->size() > maxBytes)
-        content->resize(maxBytes);
-    return content;
-}
 
 FolderFileSource::FolderFileSource(QString folder) : m_folder(std::move(folder)) {}
 
@@ -24,44 +12,20 @@ QString FolderFileSource::path(const std::string& name) const
     return resolveDdpFile(m_folder, ddpFileNameFromBytes(name));
 }
 
-namespace {
-
-// Opens a regular file for reading; an empty name would be the folder itself,
-// which cannot be read as a file.
-bool openFile(QFile& file)
+FileContent FolderFileSource::readFile(const std::string& name, std::uint64_t limit) const
 {
-    if (QFileInfo(file.fileName()).isDir())
-        return false;
-    return file.open(QIODevice::ReadOnly);
-}
-
-} // namespace
-
-std::optional<std::string> FolderFileSource::readFile(const std::string& name) const
-{
-    QFile file(path(name));
-    if (!openFile(file))
-        return std::nullopt;
-    const QByteArray data = file.readAll();
-    return data.toStdString();
+    return readRegularFile(path(name), limit);
 }
 
 std::optional<std::string> FolderFileSource::readFileHead(const std::string& name,
-                                                          std::size_t maxBytes) const
+                                                          std::uint64_t limit) const
 {
-    QFile file(path(name));
-    if (!openFile(file))
-        return std::nullopt;
-    const QByteArray data = file.read(static_cast<qint64>(maxBytes));
-    return data.toStdString();
+    return readRegularFileHead(path(name), limit);
 }
 
-bool FolderFileSource::exists(const std::string& name) const
+std::optional<std::uint64_t> FolderFileSource::fileSize(const std::string& name) const
 {
-    const QString trimmed = ddpFileNameFromBytes(name);
-    if (trimmed.isEmpty())
-        return false;
-    return QFileInfo::exists(path(name));
+    return regularFileSize(path(name));
 }
 
 void MemoryFileSource::setFile(const std::string& name, std::string content)
@@ -88,14 +52,39 @@ const std::string* MemoryFileSource::find(const std::string& name) const
     return nullptr;
 }
 
-std::optional<std::string> MemoryFileSource::readFile(const std::string& name) const
+std::optional<std::string> MemoryFileSource::content(const std::string& name) const
 {
     if (const std::string* content = find(name))
         return *content;
     return std::nullopt;
 }
 
-bool MemoryFileSource::exists(const std::string& name) const
+FileContent MemoryFileSource::readFile(const std::string& name, std::uint64_t limit) const
 {
-    return find(name) != nullptr;
+    FileContent result;
+    if (const std::string* content = find(name)) {
+        if (content->size() > limit) {
+            result.status = FileContent::TooLarge;
+        } else {
+            result.status = FileContent::Read;
+            result.bytes = *content;
+        }
+    }
+    return result;
+}
+
+std::optional<std::string> MemoryFileSource::readFileHead(const std::string& name,
+                                                          std::uint64_t limit) const
+{
+    if (const std::string* content = find(name))
+        return content->substr(
+            0, static_cast<std::size_t>(std::min<std::uint64_t>(limit, content->size())));
+    return std::nullopt;
+}
+
+std::optional<std::uint64_t> MemoryFileSource::fileSize(const std::string& name) const
+{
+    if (const std::string* content = find(name))
+        return content->size();
+    return std::nullopt;
 }

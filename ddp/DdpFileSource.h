@@ -1,7 +1,10 @@
 #pragma once
 
+#include "ddp/RegularFile.h"
+
 #include <QString>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -9,20 +12,25 @@
 // Where the reader gets the files of a DDP from. The parsers never see a
 // path: the folder implementation opens files at the edge, the in-memory one
 // lets tests and the fuzzer run without touching the disk.
+//
+// Both read only regular files, never more than the limit asked for, and
+// resolve a name only inside the DDP (see DdpFileLookup.h).
 class IDdpFileSource
 {
 public:
     virtual ~IDdpFileSource() = default;
-    // The whole content of the named file, or nothing when it cannot be
-    // opened (absent, a folder, unreadable, or an empty name).
-    virtual std::optional<std::string> readFile(const std::string& name) const = 0;
-    // At most the first maxBytes of the file (the reader needs 128 bytes of
-    // DDPID, not a whole file somebody renamed).
+    // The whole file when it holds at most `limit` bytes. Missing when it
+    // cannot be opened (absent, not a regular file, outside the DDP,
+    // unreadable, or an empty name), TooLarge when it is over the limit.
+    virtual FileContent readFile(const std::string& name, std::uint64_t limit) const = 0;
+    // At most the first `limit` bytes of the file, whatever its size (the
+    // reader needs 128 bytes of DDPID, not a whole file somebody renamed).
     virtual std::optional<std::string> readFileHead(const std::string& name,
-                                                    std::size_t maxBytes) const;
-    // Whether the named file exists (used for the audio image, which the
-    // loader never reads).
-    virtual bool exists(const std::string& name) const = 0;
+                                                    std::uint64_t limit) const = 0;
+    // The size of the named regular file; nothing when there is none (used
+    // for the audio image, which the loader never reads).
+    virtual std::optional<std::uint64_t> fileSize(const std::string& name) const = 0;
+    bool exists(const std::string& name) const { return fileSize(name).has_value(); }
 };
 
 // The files of a DDP folder on disk. Names are the map's byte strings, cut at
@@ -32,11 +40,12 @@ class FolderFileSource : public IDdpFileSource
 {
 public:
     explicit FolderFileSource(QString folder);
-    std::optional<std::string> readFile(const std::string& name) const override;
+    FileContent readFile(const std::string& name, std::uint64_t limit) const override;
     std::optional<std::string> readFileHead(const std::string& name,
-                                            std::size_t maxBytes) const override;
-    bool exists(const std::string& name) const override;
-    // Where a name is looked for: the resolved path in the folder.
+                                            std::uint64_t limit) const override;
+    std::optional<std::uint64_t> fileSize(const std::string& name) const override;
+    // Where a name is looked for: the resolved path in the folder, or empty
+    // when the name leads out of it.
     QString path(const std::string& name) const;
 
 private:
@@ -49,8 +58,13 @@ class MemoryFileSource : public IDdpFileSource
 {
 public:
     void setFile(const std::string& name, std::string content);
-    std::optional<std::string> readFile(const std::string& name) const override;
-    bool exists(const std::string& name) const override;
+    // The stored bytes, for tests that build one disc from another.
+    std::optional<std::string> content(const std::string& name) const;
+
+    FileContent readFile(const std::string& name, std::uint64_t limit) const override;
+    std::optional<std::string> readFileHead(const std::string& name,
+                                            std::uint64_t limit) const override;
+    std::optional<std::uint64_t> fileSize(const std::string& name) const override;
 
 private:
     const std::string* find(const std::string& name) const;

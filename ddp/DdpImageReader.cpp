@@ -2,6 +2,7 @@
 
 #include "ddp/DdpFileSource.h"
 #include "ddp/DdpNames.h"
+#include "ddp/ReadLimits.h"
 
 #include <algorithm>
 
@@ -64,21 +65,34 @@ ReadResult DdpImageReader::read(const QString& folder)
 
 ReadResult DdpImageReader::read(const IDdpFileSource& source)
 {
-    const std::optional<std::string> ddpid =
-        source.readFileHead(kDdpidFileName, DdpIdRecord::kSize);
+    m_failureDetail.clear();
+    const std::optional<std::string> ddpid = source.readFileHead(kDdpidFileName, kDdpidReadBytes);
     if (!ddpid || !startsWith(*ddpid, kDdpidTag))
         return ReadResult::DdpidUnreadable;
     m_id = DdpIdRecord::fromBytes(*ddpid);
 
-    const std::optional<std::string> ddpms = source.readFile(kDdpmsFileName);
-    if (!ddpms || !parseMap(*ddpms, m_map))
+    const FileContent ddpms = source.readFile(kDdpmsFileName, kMaxDdpmsBytes);
+    if (ddpms.status == FileContent::TooLarge)
+        return tooLarge(ReadResult::DdpmsUnreadable, kDdpmsFileName, kMaxDdpmsBytes);
+    if (ddpms.status != FileContent::Read || !parseMap(ddpms.bytes, m_map))
         return ReadResult::DdpmsUnreadable;
 
-    const std::optional<std::string> pq = source.readFile(pqFileName());
-    if (!pq || !startsWith(*pq, kPqTag))
+    const std::string pqName = pqFileName();
+    const FileContent pq = source.readFile(pqName, kMaxPqDescriptorBytes);
+    if (pq.status == FileContent::TooLarge)
+        return tooLarge(ReadResult::PqDescriptorUnreadable, pqName, kMaxPqDescriptorBytes);
+    if (pq.status != FileContent::Read || !startsWith(pq.bytes, kPqTag))
         return ReadResult::PqDescriptorUnreadable;
-    m_pqEntries = parsePqEntries(*pq);
+    m_pqEntries = parsePqEntries(pq.bytes);
     return ReadResult::Success;
+}
+
+ReadResult DdpImageReader::tooLarge(ReadResult result, std::string_view name, std::uint64_t limit)
+{
+    m_failureDetail = "The file \"" + std::string(name.substr(0, name.find('\0'))) +
+                      "\" is larger than " + std::to_string(limit) +
+                      " bytes, more than any disc needs.";
+    return result;
 }
 
 std::string DdpImageReader::imageFileName() const

@@ -7,7 +7,9 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class IDdpFileSource;
@@ -28,6 +30,9 @@ public:
     std::vector<PqEntry> pqEntries() const { return m_pqEntries; }
     const std::vector<PqEntry>& pqEntriesRef() const { return m_pqEntries; }
     const DdpIdRecord& idRecord() const { return m_id; }
+    // Why the last read failed, when there is more to say than its result
+    // (a file over its size limit); empty otherwise.
+    const std::string& failureDetail() const { return m_failureDetail; }
 
     // The audio image: the first "D0" packet's identifier without trailing
     // white space. Empty when there is no such packet.
@@ -43,7 +48,10 @@ public:
     static std::vector<PqEntry> parsePqEntries(std::string_view data);
 
 private:
+    ReadResult tooLarge(ReadResult result, std::string_view name, std::uint64_t limit);
+
     std::vector<MapPacket> m_map;
     DdpIdRecord m_id;
     std::vector<PqEntry> m_pqEntries;
+    std::string m_failureDetail;
 };

@@ -55,6 +55,10 @@ struct LoadedDisc
     TrackTableRows rows;
     std::string imageName;
     std::string ddpIdUpcEan;
+    std::uint64_t imageSize = 0;
+    // The table and the model are filled even without an image, so that the
+    // engineer still sees the disc behind the error.
+    bool imageMissing = false;
 };
 
 LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames* names)
@@ -67,7 +71,7 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
         names->cdText = reader.cdTextFileName();
     }
     if (read != ReadResult::Success)
-        return loadResult(errorKindForReadResult(read));
+        return loadResult(errorKindForReadResult(read), reader.failureDetail());
 
     try {
         disc.cdText = CdTextReader::read(source, reader.cdTextFileName());
@@ -84,9 +88,11 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
     }
 
     disc.imageName = reader.imageFileName();
-    if (disc.imageName.empty() || !source.exists(disc.imageName))
-        return loadResult(ErrorKind::ImageMissing);
     disc.ddpIdUpcEan = std::string(reader.idRecord().upcEan());
+    const std::optional<std::uint64_t> size =
+        disc.imageName.empty() ? std::nullopt : source.fileSize(disc.imageName);
+    disc.imageMissing = !size;
+    disc.imageSize = size.value_or(0);
     return loadResult(ErrorKind::NoError);
 }
 
@@ -119,12 +125,15 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
             model.appendIndex(index);
         model.setImageFileName(std::move(disc.imageName));
         model.setDdpIdUpcEan(std::move(disc.ddpIdUpcEan));
+        model.setImageExtent(disc.imageSize, pqAudioBytes(model.entries()));
         fillTable(table, disc.rows);
     } catch (const std::exception& e) {
         // Only running out of memory gets here.
         resetTable(table);
         return loadResult(ErrorKind::UnknownError, e.what());
     }
+    if (disc.imageMissing)
+        return loadResult(ErrorKind::ImageMissing);
     return result;
 }
 

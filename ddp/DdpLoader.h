@@ -28,9 +28,14 @@ struct DdpFileNames
 //   no table -> UnknownError (11); the reader's failures -> 8, 9, 10;
 //   a fault while decoding CD-Text -> 11, one while reading PQ entries or
 //   building rows -> 10, each with the exception's text as the message;
-//   no "D0" packet or its file absent -> ImageMissing (7); else NoError.
-// The table is cleared first and keeps its 13 header names. On any failure
-// the table has no rows and nothing is written to the model; nothing throws.
+//   no "D0" packet or its file absent (or not a regular file inside the DDP)
+//   -> ImageMissing (7); else NoError.
+// The table is cleared first and keeps its 13 header names. On ImageMissing
+// the table and the model are filled all the same, so that the disc can be
+// seen behind the error; on any other failure the table has no rows and
+// nothing is written to the model. Nothing throws.
+// Files over their size limit (ReadLimits.h) fail as their kind, with the
+// limit named in the message.
 //
 // Rows: one per PQ entry between the first and the last two (a lead-in pause
 // under 3 s is hidden), then a row holding only "Total: MM:SS" in "CD-Time".

@@ -1,5 +1,7 @@
 #include "ddp/ErrorTexts.h"
 
+#include "ddp/PqEntry.h"
+
 #include <QCoreApplication>
 #include <QRegularExpression>
 
@@ -128,4 +130,13 @@ QString plainErrorText(ErrorKind kind, const std::string& message)
     html.replace(QRegularExpression(QStringLiteral("<[^>]*>?")), QString());
     html.replace(QRegularExpression(QStringLiteral("\n{3,}")), QStringLiteral("\n\n"));
     return html.trimmed();
+}
+
+QString imageShortText(std::uint64_t missingBytes)
+{
+    const double seconds = static_cast<double>(missingBytes) / kBytesPerSecond;
+    return QStringLiteral("The audio image is %1 bytes (%2 s) shorter than the PQ descriptor "
+                          "says; the end of the disc is missing.")
+        .arg(missingBytes)
+        .arg(seconds, 0, 'f', 2);
 }

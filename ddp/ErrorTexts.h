@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <string>
 
 // The error dialog's title and rich text for each kind. Kept word for word:
@@ -14,3 +15,8 @@ QString errorText(ErrorKind kind, const std::string& message = {});
 
 // The same text as plain words, for the command line.
 QString plainErrorText(ErrorKind kind, const std::string& message = {});
+
+// The warning for an audio image shorter than its PQ entries need:
+// "The audio image is 1234567 bytes (7.00 s) shorter than the PQ descriptor
+// says; the end of the disc is missing."
+QString imageShortText(std::uint64_t missingBytes);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 PqEntry PqEntry::fromBytes(std::string_view data)
 {
@@ -63,4 +64,17 @@ std::string timeText(int seconds)
     const int rest = s % 60;
     auto twoDigits = [](int v) { return (v < 10 ? "0" : "") + std::to_string(v); };
     return twoDigits(minutes) + ":" + twoDigits(rest);
+}
+
+std::uint64_t pqAudioBytes(const std::vector<PqEntry>& entries)
+{
+    double largest = 0;
+    for (const PqEntry& entry : entries) {
+        try {
+            largest = std::max(largest, entry.bytePosition());
+        } catch (const std::exception&) {
+            // A time that does not parse says nothing about the image.
+        }
+    }
+    return static_cast<std::uint64_t>(largest);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Audio image addressing: 16-bit stereo at 44100 Hz.
 inline constexpr std::uint32_t kBytesPerSecond = 176400;
@@ -47,6 +48,11 @@ struct PqEntry
 // Whole seconds from entry a to its successor b; frames drop out, except that
 // a second is taken off when b's frames are below a's.
 int durationSeconds(const PqEntry& a, const PqEntry& b);
+
+// The bytes of audio the entries describe: the largest position among them
+// (the lead-out's start on a sound disc). Entries whose time does not parse
+// are left out.
+std::uint64_t pqAudioBytes(const std::vector<PqEntry>& entries);
 
 // "MM:SS" with minutes including hours × 60; the clock wraps at 24 hours.
 std::string timeText(int seconds);

@@ -155,7 +155,7 @@ private slots:
         QFile::remove(folder + QStringLiteral("/IMAGE.DAT"));
         DDPModel second;
         QCOMPARE(loadDdp(folder, &table, second).kind, ErrorKind::ImageMissing);
-        QCOMPARE(table.rowCount(), 0);
+        QCOMPARE(table.rowCount(), 3);
         QVERIFY(write(folder, {{"DDPMS", ddpms("", "", "")}}));
         QCOMPARE(loadDdp(folder, &table, second).kind, ErrorKind::PqdescrInvalid);
     }

@@ -76,7 +76,7 @@ private slots:
             if (file == QLatin1String(name) && content == "<absent>")
                 continue;
             files.setFile(name, file == QLatin1String(name) ? content.toStdString()
-                                                            : *good.readFile(name));
+                                                            : *good.content(name));
         }
         QCOMPARE(DdpImageReader().read(files), result);
     }
@@ -121,7 +121,7 @@ private slots:
         for (const MapPacket& p : packets)
             ms += std::string(p.bytes.data(), p.bytes.size());
         files.setFile("DDPMS", ms);
-        files.setFile(" PQ DESCR", *files.readFile("PQDESCR"));
+        files.setFile(" PQ DESCR", *files.content("PQDESCR"));
         QCOMPARE(reader.read(files), ReadResult::Success);
         // The first match wins; the image and PQ names lose trailing white
         // space only, the CD-Text name loses every blank but keeps the tab.
@@ -135,7 +135,7 @@ private slots:
         const std::string name = std::string("PQ.BIN") + std::string(11, '\0');
         MemoryFileSource files = sound();
         files.setFile("DDPMS", mapPacket("S0", "PQ DESCR", name));
-        files.setFile("PQ.BIN", *files.readFile("PQDESCR"));
+        files.setFile("PQ.BIN", *files.content("PQDESCR"));
         DdpImageReader reader;
         QCOMPARE(reader.read(files), ReadResult::Success);
         QCOMPARE(reader.pqFileName(), name); // the zeros are kept in the name

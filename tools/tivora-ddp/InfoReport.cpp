@@ -98,6 +98,7 @@ QByteArray infoReportJson(const InfoReport& report)
         {QStringLiteral("rows"), rows},
         {QStringLiteral("indexList"), indexList},
         {QStringLiteral("cdText"), cdTextJson(*report.model)},
+        {QStringLiteral("imageShortBy"), static_cast<qint64>(report.model->imageShortBy())},
     };
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
@@ -117,12 +118,17 @@ QByteArray infoReportText(const InfoReport& report)
         if (!report.result.message.empty())
             out += QStringLiteral("Message: %1\n")
                        .arg(terminalText(QString::fromStdString(report.result.message)));
-        return out.toUtf8();
+        // Without its image the disc is still worth seeing.
+        if (report.result.kind != ErrorKind::ImageMissing)
+            return out.toUtf8();
+        out += QLatin1Char('\n');
     }
 
     const DDPModel& model = *report.model;
     out +=
         QStringLiteral("Image: %1\n").arg(terminalText(ddpFileNameFromBytes(report.files.image)));
+    if (model.imageShortBy() > 0)
+        out += QStringLiteral("Warning: %1\n").arg(imageShortText(model.imageShortBy()));
     if (model.hasCdText()) {
         const CdTextRecord& record = model.cdText();
         const QString album = terminalText(cdTextString(record, 0, CdTextRecord::Title));
