@@ -40,3 +40,8 @@ QString signedTimeText(int seconds)
         return QLatin1Char('-') + QString::fromStdString(timeText(-seconds));
     return QString::fromStdString(timeText(seconds));
 }
+
+QString remainingTimeText(int seconds)
+{
+    return QLatin1Char('-') + QString::fromStdString(timeText(seconds > 0 ? seconds : 0));
+}

@@ -23,3 +23,7 @@ int cdSecondsAt(const std::vector<PqEntry>& entries, double bytePosition);
 
 // "MM:SS", with a leading "-" for negative values.
 QString signedTimeText(int seconds);
+
+// Time still to go, always with a leading "-" ("-03:12", "-00:00"), so that
+// it cannot be taken for time gone by.
+QString remainingTimeText(int seconds);

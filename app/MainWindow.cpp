@@ -40,6 +40,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QShortcut>
 #include <QSizeGrip>
 #include <QStandardItemModel>
 #include <QTableView>
@@ -241,23 +242,38 @@ void MainWindow::openPath(const QString& path)
 {
     const QFileInfo info(path);
     if (!info.exists()) {
-        showError(ErrorKind::InvalidPath, this);
+        m_lastResult = {ErrorKind::InvalidPath, {}};
+        showError(m_lastResult, this);
         return;
     }
-    m_ddpPath = info.isFile() ? info.absolutePath() : info.absoluteFilePath();
-    load(QDir(m_ddpPath));
+    m_ddpPath = ddpFolderForDroppedPath(path);
+    openFolder(m_ddpPath);
+}
+
+void MainWindow::openFolder(const QString& folder)
+{
+    // Every way in (dialog, drop, command line) asks the same questions
+    // before anything is parsed, so a folder reads the same whichever way
+    // it came.
+    const ErrorKind kind = openDialogCheck(folder);
+    if (kind != ErrorKind::NoError) {
+        m_lastResult = {kind, {}};
+        showError(m_lastResult, this);
+        return;
+    }
+    load(QDir(folder));
 }
 
 LoadResult MainWindow::load(const QDir& folder)
 {
-    m_player.stop();
+    stopPlayer();
     resetDisplay();
     connectPerLoad();
     // Until this load succeeds nothing plays or exports: not the disc shown
     // before, and not what a failed load has put in the table.
     m_loadedFolder.clear();
     m_player.setTrackSource(nullptr);
-    m_menuBar->setExportEnabled(false);
+    setPlayable(false);
 
     m_model = std::make_shared<DDPModel>();
     m_transportController->setTrackNumberModel(m_model);
@@ -269,18 +285,21 @@ LoadResult MainWindow::load(const QDir& folder)
         m_cellDelegate->deleteLater();
     m_cellDelegate = delegate;
 
-    LoadResult result = loadDdp(folder.absolutePath(), m_itemModel, *m_model);
-    if (result.kind == ErrorKind::NoError) {
+    const LoadResult result = loadDdp(folder.absolutePath(), m_itemModel, *m_model);
+    m_lastResult = result;
+    // Without its audio image a disc is still worth reading: the loader has
+    // filled the table, and the engineer sees the tracks, CD-Text and ISRCs
+    // behind the error, with nothing to play or export.
+    const bool readable = result.kind == ErrorKind::NoError ||
+                          (result.kind == ErrorKind::ImageMissing && m_itemModel->rowCount() > 0);
+    if (readable) {
         m_tableViewWidget->installModel(m_itemModel, m_model);
         m_attributesMenu->synchronize();
-        const QString image =
-            resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
-        if (!QFileInfo::exists(image))
-            result = {ErrorKind::ImageMissing, {}};
-    }
-
-    if (result.kind != ErrorKind::NoError) {
+        m_infoBox->setModel(*m_model);
+    } else {
         m_infoBox->clear();
+    }
+    if (result.kind != ErrorKind::NoError) {
         showError(result, this);
         return result;
     }
@@ -290,11 +309,39 @@ LoadResult MainWindow::load(const QDir& folder)
     const QString image =
         resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
     m_player.load(QFileInfo(image).absoluteFilePath(), {});
-    m_infoBox->setModel(*m_model);
     startDisplayTimer();
     refreshDisplay();
-    m_menuBar->setExportEnabled(true);
+    setPlayable(true);
     return result;
+}
+
+void MainWindow::setPlayable(bool playable)
+{
+    m_menuBar->setExportEnabled(playable);
+    m_tableViewWidget->setExportButtonsEnabled(playable);
+    TransportController* transport = m_transportController;
+    for (QAbstractButton* button : {transport->backButton(), transport->nextButton(),
+                                    transport->stopButton(), transport->playButton()}) {
+        if (button)
+            button->setEnabled(playable);
+    }
+    transport->spaceShortcut()->setEnabled(playable);
+    timeWidget()->seekSlider()->setEnabled(playable);
+}
+
+void MainWindow::stopPlayer()
+{
+    m_player.stop();
+    blankMeters();
+}
+
+void MainWindow::blankMeters()
+{
+    // The player's own meter falls silent only after its fade-out; until
+    // playback starts again the meters get silence, so they do not flicker
+    // back up after being blanked.
+    m_metersBlanked = true;
+    m_meterSection->reset();
 }
 
 void MainWindow::startDisplayTimer()
@@ -311,6 +358,9 @@ void MainWindow::startDisplayTimer()
 
 void MainWindow::onUpdate()
 {
+    // Every way to start playback ends here.
+    if (m_player.isPlaying())
+        m_metersBlanked = false;
     QTableView* view = m_tableViewWidget->tableView();
     const int row = m_model->currentRow();
     if (row >= 0 && view->model() && row < view->model()->rowCount() - 1)
@@ -325,6 +375,7 @@ void MainWindow::onReset()
     if (m_player.isStopped())
         timeWidget()->seekSlider()->setValue(0);
     onUpdate();
+    blankMeters();
 }
 
 void MainWindow::resetDisplay()
@@ -365,6 +416,8 @@ void MainWindow::onCellDoubleClicked(const QModelIndex& index)
     QTableView* view = m_tableViewWidget->tableView();
     if (!index.isValid() || !view->model() || index.row() >= view->model()->rowCount() - 1)
         return; // the summary row has no track
+    if (m_loadedFolder.isEmpty())
+        return; // rows shown without their audio image
     resetDisplay();
     m_player.selectTrack(index.row());
     m_model->setCurrentRow(m_player.currentTrackNumber());
@@ -381,18 +434,11 @@ void MainWindow::onContextMenuRequested(const QPoint& pos)
 
 void MainWindow::onActionOpenTriggered()
 {
-    m_player.stop();
+    stopPlayer();
     const QString start = readSetting(kDefaultLoadDirKey).toString();
     m_ddpPath = m_chooseFolder(this, tr("Open DDP"), start);
-    const QDir folder(m_ddpPath);
-    if (DdpFolderCheck(m_ddpPath)) {
-        load(folder);
-    } else if (!m_ddpPath.isEmpty()) {
-        if (!folder.exists(QStringLiteral("DDPID")))
-            showError(ErrorKind::DdpidMissing, this);
-        else if (!folder.exists(QStringLiteral("DDPMS")))
-            showError(ErrorKind::DdpmsMissing, this);
-    }
+    if (!m_ddpPath.isEmpty())
+        openFolder(m_ddpPath);
     rememberParentDirectory(m_ddpPath, kDefaultLoadDirKey);
 }
 
@@ -421,7 +467,7 @@ void MainWindow::onExportAsWavButtonClicked(std::int32_t row)
 {
     if (m_loadedFolder.isEmpty())
         return;
-    m_player.stop();
+    stopPlayer();
     m_wavExport->setModel(m_model);
     m_wavExport->exportTrack(row, m_loadedFolder);
 }
@@ -430,7 +476,7 @@ void MainWindow::onWavExportAllTriggered()
 {
     if (m_loadedFolder.isEmpty())
         return;
-    m_player.stop();
+    stopPlayer();
     m_wavExport->setModel(m_model);
     m_wavExport->exportAllTracks(m_loadedFolder);
 }
@@ -460,7 +506,7 @@ void MainWindow::refreshDisplay()
     showTrackNumber();
     showTimes(wholeSecondsOfBytes(m_player.position()));
 
-    m_meterInfo = m_player.meterInfo();
+    m_meterInfo = m_metersBlanked ? MeterInfo{} : m_player.meterInfo();
     // The meters fall slowly while playing and quickly once stopped (1) or
     // paused (2), so a silenced track does not look as if it still played.
     m_meterSection->setState(m_player.isPlaying() ? 0 : m_player.isPaused() ? 2 : 1);
@@ -485,18 +531,19 @@ void MainWindow::showTrackNumber()
 void MainWindow::showTimes(int trackSeconds)
 {
     const double length = currentTrackLength();
-    const int shownTrack = m_trackTimeRemaining
-                               ? static_cast<int>(length / kBytesPerSecond - trackSeconds)
-                               : trackSeconds;
-    timeWidget()->timeLabel()->setText(signedTimeText(shownTrack));
+    timeWidget()->timeLabel()->setText(
+        m_trackTimeRemaining
+            ? remainingTimeText(static_cast<int>(length / kBytesPerSecond - trackSeconds))
+            : signedTimeText(trackSeconds));
 
     const auto& entries = m_model->entries();
-    int cdSeconds = cdSecondsAt(entries, m_player.currentTrackStart()) + trackSeconds;
+    const int cdSeconds = cdSecondsAt(entries, m_player.currentTrackStart()) + trackSeconds;
     if (m_cdTimeRemaining && entries.size() >= 2) {
         const int total = cdSecondsAt(entries, entries[entries.size() - 2].bytePosition());
-        cdSeconds = total - cdSeconds;
+        timeWidget()->cdTimeLabel()->setText(remainingTimeText(total - cdSeconds));
+    } else {
+        timeWidget()->cdTimeLabel()->setText(signedTimeText(cdSeconds));
     }
-    timeWidget()->cdTimeLabel()->setText(signedTimeText(cdSeconds));
 }
 
 double MainWindow::currentTrackLength() const
@@ -529,7 +576,7 @@ void MainWindow::onAudioDeviceChanged(const QString& device)
 
 void MainWindow::onSuspending()
 {
-    m_player.stop();
+    stopPlayer();
 }
 
 // ---- events -------------------------------------------------------------------
@@ -554,12 +601,11 @@ void MainWindow::dragMoveEvent(QDragMoveEvent* event)
 void MainWindow::dropEvent(QDropEvent* event)
 {
     const QString path = firstDroppedPath(event->mimeData());
-    const QFileInfo info(path);
-    m_ddpPath = info.isFile() ? info.absolutePath() : info.absoluteFilePath();
+    m_ddpPath = ddpFolderForDroppedPath(path);
     event->acceptProposedAction();
     // Loading may open a modal dialog: not inside the drag and drop handler.
     const QString folder = m_ddpPath;
-    QTimer::singleShot(0, this, [this, folder] { load(QDir(folder)); });
+    QTimer::singleShot(0, this, [this, folder] { openFolder(folder); });
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -46,6 +46,9 @@ public:
     // A DDP folder, or a file inside one (it stands for its folder), as a
     // drop would give it. Used for the command-line argument.
     void openPath(const QString& path);
+    // What the last open or load came to (NoError once a disc plays), the
+    // kind its dialog showed.
+    LoadResult lastResult() const { return m_lastResult; }
     // The load flow on a folder; the error dialog shows any failure.
     LoadResult load(const QDir& folder);
 
@@ -108,6 +111,12 @@ private:
     void buildWidgets();
     void connectWidgets();
     void connectPerLoad();
+    void openFolder(const QString& folder);
+    // Transport, seek, double-click and every export: on only while a disc
+    // with its audio image is loaded.
+    void setPlayable(bool playable);
+    void stopPlayer();
+    void blankMeters();
     void resetDisplay();
     void refreshDisplay();
     void showTimes(int trackSeconds);
@@ -139,6 +148,8 @@ private:
     QString m_ddpPath;
     QString m_loadedFolder; // the folder of the disc that plays; empty when none
     MeterInfo m_meterInfo;
+    bool m_metersBlanked = false; // silence to the meters until playback starts again
+    LoadResult m_lastResult{ErrorKind::NoError, {}};
     bool m_cdTimeRemaining = false;
     bool m_trackTimeRemaining = false;
     QList<QMetaObject::Connection> m_perLoadConnections;

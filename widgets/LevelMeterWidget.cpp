@@ -52,7 +52,11 @@ double LevelMeterWidget::positionOfDecibels(double decibels)
 
 void LevelMeterWidget::reset()
 {
+    // The targets go too: kept, the next redraw would jump straight back to
+    // the level of the audio that was just stopped.
     m_shown = Displayed();
+    m_target = MeterInfo{};
+    update();
 }
 
 void LevelMeterWidget::setState(int state)

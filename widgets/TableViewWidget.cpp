@@ -8,13 +8,18 @@
 #include "widgets/Theme.h"
 
 #include <QEasingCurve>
+#include <QEvent>
 #include <QGraphicsOpacityEffect>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPropertyAnimation>
+#include <QScrollBar>
 #include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 
@@ -66,6 +71,15 @@ void TableViewWidget::setupUi()
     m_tableView->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_tableView->setFrameShape(QFrame::NoFrame);
     m_tableView->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+
+    // Row buttons follow the rows onto the screen.
+    m_tableView->viewport()->installEventFilter(this);
+    connect(m_tableView->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &TableViewWidget::buildVisibleRowWidgets);
+    auto forget = [this] { m_rowBuilt.clear(); };
+    connect(m_proxyModel, &QAbstractItemModel::modelAboutToBeReset, this, forget);
+    connect(m_proxyModel, &QAbstractItemModel::rowsAboutToBeRemoved, this, forget);
+    connect(m_proxyModel, &QAbstractItemModel::rowsInserted, this, forget);
 }
 
 void TableViewWidget::buildOverlay()
@@ -181,48 +195,22 @@ QToolButton* TableViewWidget::makeRowButton(QWidget* cell, int x)
 
 void TableViewWidget::buildRowWidgets()
 {
+    m_rowBuilt.clear();
     if (m_proxyModel->columnCount() < 2)
         return;
     const int w1 = m_tableView->columnWidth(1) + 20;
     m_tableView->setColumnWidth(1, w1);
     m_buttonCellWidth = w1;
 
+    if (m_infoIcon.isNull())
+        m_infoIcon = QIcon(QStringLiteral(":info_icon"));
     const qreal ratio = devicePixelRatioF();
-    const QPixmap savePixmap = tintPixmap(
+    m_exportIcon = QIcon(tintPixmap(
         renderIcon(QStringLiteral(":save_icon"), QSize(int(19 * ratio), int(19 * ratio))),
-        QColor(109, 109, 109));
-    QIcon exportIcon(savePixmap);
+        QColor(109, 109, 109)));
 
-    const int rows = m_proxyModel->rowCount();
-    for (int r = 0; r + 1 < rows; ++r) {
-        const int h = m_tableView->rowHeight(r);
-        auto* cell = new QWidget(m_tableView);
-        cell->setFixedSize(m_tableView->columnWidth(1), h);
-
-        QToolButton* info = makeRowButton(cell, cell->width() - 39);
-        info->setObjectName(QLatin1String(kInfoButtonName));
-        info->setCheckable(true);
-        info->setIcon(QIcon(QStringLiteral(":info_icon")));
-        info->setToolTip(tr("Show everything about this row"));
-        connect(info, &QToolButton::clicked, this,
-                [this, r, info] { emit infoButtonClicked(r, info); });
-
-        const bool isTrack = m_drawInfo && std::size_t(r) < m_drawInfo->indexList().size() &&
-                             m_drawInfo->indexList()[std::size_t(r)] == 1;
-        if (isTrack) {
-            QToolButton* save = makeRowButton(cell, cell->width() - 19);
-            save->setObjectName(QLatin1String(kExportButtonName));
-            save->setIcon(exportIcon);
-            save->setToolTip(tr("Export as WAV"));
-            connect(save, &QToolButton::clicked, this,
-                    [this, r] { emit exportAsWavButtonClicked(r); });
-        }
-        m_tableView->setIndexWidget(m_proxyModel->index(r, 1), cell);
-
-        auto* spacer = new QWidget(m_tableView);
-        spacer->setFixedSize(w1, h);
-        m_tableView->setIndexWidget(m_proxyModel->index(r, 0), spacer);
-    }
+    m_rowBuilt.assign(std::size_t(std::max(m_proxyModel->rowCount() - 1, 0)), false);
+    buildVisibleRowWidgets();
 
     if (m_header) {
         connect(m_header, &QHeaderView::sectionResized, this,
@@ -231,6 +219,68 @@ void TableViewWidget::buildRowWidgets()
                         m_tableView->setColumnWidth(1, m_buttonCellWidth);
                 });
     }
+}
+
+void TableViewWidget::buildVisibleRowWidgets()
+{
+    const int rows = int(m_rowBuilt.size());
+    if (rows == 0)
+        return;
+    // From the top row on screen down one screenful and a few rows more, so
+    // that a short scroll finds its buttons already there.
+    const int first = std::max(m_tableView->rowAt(0), 0);
+    const int rowHeight = std::max(m_tableView->verticalHeader()->defaultSectionSize(), 1);
+    const int screenful = m_tableView->viewport()->height() / rowHeight + 1;
+    const int last = std::min(first + screenful + 8, rows - 1);
+    for (int r = first; r <= last; ++r)
+        buildRowWidgets(r);
+}
+
+void TableViewWidget::buildRowWidgets(int r)
+{
+    if (r < 0 || std::size_t(r) >= m_rowBuilt.size() || m_rowBuilt[std::size_t(r)])
+        return;
+    m_rowBuilt[std::size_t(r)] = true;
+
+    const int h = m_tableView->rowHeight(r);
+    auto* cell = new QWidget(m_tableView);
+    cell->setFixedSize(m_buttonCellWidth, h);
+
+    QToolButton* info = makeRowButton(cell, cell->width() - 39);
+    info->setObjectName(QLatin1String(kInfoButtonName));
+    info->setCheckable(true);
+    info->setIcon(m_infoIcon);
+    info->setToolTip(tr("Show everything about this row"));
+    connect(info, &QToolButton::clicked, this,
+            [this, r, info] { emit infoButtonClicked(r, info); });
+
+    const bool isTrack = m_drawInfo && std::size_t(r) < m_drawInfo->indexList().size() &&
+                         m_drawInfo->indexList()[std::size_t(r)] == 1;
+    if (isTrack) {
+        QToolButton* save = makeRowButton(cell, cell->width() - 19);
+        save->setObjectName(QLatin1String(kExportButtonName));
+        save->setIcon(m_exportIcon);
+        save->setToolTip(tr("Export as WAV"));
+        save->setEnabled(m_exportEnabled);
+        connect(save, &QToolButton::clicked, this, [this, r] { emit exportAsWavButtonClicked(r); });
+    }
+    m_tableView->setIndexWidget(m_proxyModel->index(r, 1), cell);
+
+    auto* spacer = new QWidget(m_tableView);
+    spacer->setFixedSize(m_buttonCellWidth, h);
+    m_tableView->setIndexWidget(m_proxyModel->index(r, 0), spacer);
+}
+
+bool TableViewWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_tableView->viewport() && event->type() == QEvent::Resize)
+        buildVisibleRowWidgets();
+    return QWidget::eventFilter(watched, event);
+}
+
+int TableViewWidget::rowsWithWidgets() const
+{
+    return int(std::count(m_rowBuilt.begin(), m_rowBuilt.end(), true));
 }
 
 void TableViewWidget::installModel(QAbstractItemModel* table,
@@ -253,19 +303,34 @@ void TableViewWidget::showColumn(int column)
     m_tableView->showColumn(column);
 }
 
+void TableViewWidget::setExportButtonsEnabled(bool enabled)
+{
+    m_exportEnabled = enabled;
+    for (std::size_t r = 0; r < m_rowBuilt.size(); ++r) {
+        if (!m_rowBuilt[r])
+            continue;
+        QWidget* cell = m_tableView->indexWidget(m_proxyModel->index(int(r), 1));
+        if (auto* button =
+                cell ? cell->findChild<QToolButton*>(QLatin1String(kExportButtonName)) : nullptr)
+            button->setEnabled(enabled);
+    }
+}
+
 void TableViewWidget::setViewPalette(const QPalette& palette)
 {
     m_tableView->setPalette(palette);
 }
 
-QToolButton* TableViewWidget::infoButton(int row) const
+QToolButton* TableViewWidget::infoButton(int row)
 {
+    buildRowWidgets(row);
     QWidget* cell = m_tableView->indexWidget(m_proxyModel->index(row, 1));
     return cell ? cell->findChild<QToolButton*>(QLatin1String(kInfoButtonName)) : nullptr;
 }
 
-QToolButton* TableViewWidget::exportButton(int row) const
+QToolButton* TableViewWidget::exportButton(int row)
 {
+    buildRowWidgets(row);
     QWidget* cell = m_tableView->indexWidget(m_proxyModel->index(row, 1));
     return cell ? cell->findChild<QToolButton*>(QLatin1String(kExportButtonName)) : nullptr;
 }

@@ -2,12 +2,14 @@
 
 #include "widgets/FilterHeaderView.h"
 
+#include <QIcon>
 #include <QLabel>
 #include <QPointer>
 #include <QWidget>
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class IDrawInfoProvider;
 class QAbstractItemModel;
@@ -19,6 +21,10 @@ class QVBoxLayout;
 // The track table: the view over a proxy of the window's item model, the
 // "Drop a DDP image or folder here" overlay shown until the first load, and
 // an info button on every row (plus an export button on track rows).
+//
+// A disc may have some 9 900 rows (99 tracks of 99 indexes): the row buttons
+// are made for the rows on screen and for those scrolled to, not all at once,
+// so a load costs the same whatever the disc.
 //
 // After each successful load the window calls, in this order: setModel,
 // installHeader, restoreHeaderState, configureHeader, buildRowWidgets (or
@@ -41,6 +47,9 @@ public:
     void hideColumn(int column);
     void showColumn(int column);
     void saveHeaderState() const;
+    // The rows' export buttons: off while the disc shown cannot be played
+    // (its audio image is missing), on again for the next disc that can.
+    void setExportButtonsEnabled(bool enabled);
     void setViewPalette(const QPalette& palette);
 
     QTableView* tableView() const { return m_tableView; }
@@ -48,9 +57,12 @@ public:
     FilterHeaderView* header() const { return m_header; }
     // The overlay until the first load, then null.
     QLabel* overlayLabel() const { return m_overlay; }
-    // The buttons of a row, or null.
-    QToolButton* infoButton(int row) const;
-    QToolButton* exportButton(int row) const;
+    // The buttons of a row (made now if the row was not on screen yet), or
+    // null.
+    QToolButton* infoButton(int row);
+    QToolButton* exportButton(int row);
+    // How many rows have their buttons so far.
+    int rowsWithWidgets() const;
 
 signals:
     void infoButtonClicked(std::int32_t id, QToolButton* button);
@@ -58,12 +70,15 @@ signals:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void setupUi();
     void buildOverlay();
     void placeOverlay();
     QToolButton* makeRowButton(QWidget* cell, int x);
+    void buildVisibleRowWidgets();
+    void buildRowWidgets(int row);
 
     QVBoxLayout* m_verticalLayout = nullptr;
     QTableView* m_tableView = nullptr;
@@ -72,4 +87,11 @@ private:
     QPointer<FilterHeaderView> m_header;
     std::shared_ptr<const IDrawInfoProvider> m_drawInfo;
     int m_buttonCellWidth = 0;
+    bool m_exportEnabled = true;
+    // One entry per row that can carry buttons (all but the summary row):
+    // whether they are made. Emptied whenever the rows change under it.
+    std::vector<bool> m_rowBuilt;
+    // Made once: a fresh icon a row would render its image a row at a time.
+    QIcon m_infoIcon;
+    QIcon m_exportIcon;
 };

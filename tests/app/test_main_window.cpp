@@ -2,11 +2,16 @@
 // volume, Space, settings across two window lifetimes, repeated loads.
 #include "app/MainWindow.h"
 #include "app/MenuBar.h"
+#include "app/TransportController.h"
 #include "ddp/DDPModel.h"
 #include "ddp/Settings.h"
 #include "tests/app/ModalAnswerer.h"
 #include "tools/mkddp/Mkddp.h"
+#include "widgets/ClickableLabel.h"
 #include "widgets/FilterHeaderView.h"
+#include "widgets/LevelMeterWidget.h"
+#include "widgets/MeterSectionWidget.h"
+#include "widgets/SeekSlider.h"
 #include "widgets/TableViewWidget.h"
 #include "widgets/TimeWidget.h"
 #include "widgets/TransportWidget.h"
@@ -19,11 +24,14 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QSettings>
+#include <QShortcut>
 #include <QStandardItemModel>
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <QElapsedTimer>
 
 class MainWindowTest : public QObject
 {
@@ -284,28 +292,234 @@ private slots:
         QTRY_VERIFY(window.player().isStopped());
     }
 
-    // Nothing of the disc before stays playable or exportable behind the
-    // error of a failed load.
-    void aFailedLoadLeavesNothingLoaded()
+    // A disc whose audio image is missing still shows its rows (tracks,
+    // CD-Text, ISRCs) behind the error, but nothing of it plays or exports,
+    // and nothing of the disc before either.
+    void aDiscWithoutItsImageIsShownButNotPlayable()
     {
         ModalAnswerer answerer;
         MainWindow window;
-        window.openPath(m_disc);
-        QVERIFY(window.itemModel()->rowCount() > 0);
-        QVERIFY(window.menuBarWidget()->exportAction()->isEnabled());
         const QString broken = m_dir.filePath(QStringLiteral("broken"));
         mkddp::DiscSpec spec = mkddp::simpleDisc(2, 3);
+        spec.cdText = true;
+        spec.tracks[0].text.title = QStringLiteral("Opening");
         spec.faults = {mkddp::Fault::NoImageFile};
         QVERIFY(mkddp::writeDisc(spec, broken));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        settle();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+
+        // As the first disc of the window: the table is set up for it.
+        window.openPath(broken);
+        QVERIFY(!window.tableViewWidget()->overlayLabel());
+        QVERIFY(window.tableViewWidget()->header()->isVisible());
+        // After a disc that played: nothing of that one stays playable.
+        window.openPath(m_disc);
+        QVERIFY(window.menuBarWidget()->exportAction()->isEnabled());
+        answerer.clear();
         window.openPath(broken);
         const auto boxes = answerer.loadBoxes();
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes.first().title, QStringLiteral("IMAGE Missing"));
-        QVERIFY(window.model()->entries().empty());
-        QVERIFY(!window.menuBarWidget()->exportAction()->isEnabled());
-        QCOMPARE(window.player().currentTrackLength(), 0u);
-        window.player().play();
+        QCOMPARE(window.lastResult().kind, ErrorKind::ImageMissing);
+
+        // The rows are in view.
+        QTableView* view = window.tableViewWidget()->tableView();
+        QCOMPARE(view->model()->rowCount(), 3); // two tracks and the total
+        QCOMPARE(view->model()->index(0, 5).data().toString(), QStringLiteral("Opening"));
+        QCOMPARE(window.model()->entries().empty(), false);
+
+        // Nothing plays: not the buttons, not a double-click, not Space.
+        TransportController* transport = window.transportController();
+        for (QAbstractButton* button : {transport->playButton(), transport->nextButton(),
+                                        transport->stopButton(), transport->backButton()})
+            QVERIFY(!button->isEnabled());
+        QTest::mouseClick(transport->playButton(), Qt::LeftButton);
         QVERIFY(!window.player().isPlaying());
+        window.onCellDoubleClicked(view->model()->index(1, 1));
+        QVERIFY(!window.player().isPlaying());
+        QCOMPARE(window.model()->currentRow(), -1);
+        QTest::keyClick(&window, Qt::Key_Space);
+        QVERIFY(!window.player().isPlaying());
+        QCOMPARE(window.player().currentTrackLength(), 0u);
+
+        // Nothing exports: not the menu, not a row.
+        QVERIFY(!window.menuBarWidget()->exportAction()->isEnabled());
+        QToolButton* rowExport = window.tableViewWidget()->exportButton(0);
+        QVERIFY(rowExport);
+        QVERIFY(!rowExport->isEnabled());
+
+        // The next disc with its image plays and exports again.
+        window.openPath(m_disc);
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QVERIFY(transport->playButton()->isEnabled());
+        QVERIFY(transport->spaceShortcut()->isEnabled());
+        QVERIFY(window.menuBarWidget()->exportAction()->isEnabled());
+        QVERIFY(window.tableViewWidget()->exportButton(0)->isEnabled());
+        QVERIFY(window.timeWidget()->seekSlider()->isEnabled());
+    }
+
+    // With no sound server and no card there is no device at all: the box
+    // says so instead of blaming a sample rate.
+    void noAudioDeviceAtAllIsNamedSo()
+    {
+        const QByteArray server = qgetenv("PULSE_SERVER");
+        qputenv("PULSE_SERVER", QFile::encodeName(m_dir.filePath(QStringLiteral("no-server"))));
+        ModalAnswerer answerer;
+        {
+            MainWindow window;
+            settle();
+            if (window.player().audioDeviceInfos().deviceCount() > 0) {
+                qputenv("PULSE_SERVER", server);
+                QSKIP("a sound card answers without the sound server");
+            }
+        }
+        qputenv("PULSE_SERVER", server);
+        const auto boxes = answerer.boxes();
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes.first().title, QStringLiteral("Unknown Audio Engine Error"));
+        QVERIFY2(boxes.first().text.contains(QLatin1String("No audio output device was found.")),
+                 qPrintable(boxes.first().text));
+    }
+
+    // The command line, a drop and the Open dialog ask the same questions of
+    // a folder: one holding only DDPID is "no DDP" (5), whatever way it came
+    // and whatever the case of its file name.
+    void everyWayInChecksTheFolderAlike()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        const QString idOnly = makeFolder(QStringLiteral("idonly-anyway"), true, false);
+        window.openPath(idOnly);
+        QCOMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
+        window.openPath(idOnly + QStringLiteral("/DDPID"));
+        QCOMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
+
+        // A drop is checked again, not only while it hovers: here the drag
+        // that was accepted is not what is dropped.
+        window.openPath(m_disc);
+        QMimeData hovering;
+        hovering.setUrls({QUrl::fromLocalFile(m_disc)});
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &hovering, Qt::LeftButton,
+                              Qt::NoModifier);
+        QApplication::sendEvent(&window, &enter);
+        QVERIFY(enter.isAccepted());
+        QMimeData dropped;
+        dropped.setUrls({QUrl::fromLocalFile(idOnly)});
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window, &drop);
+        QTRY_COMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
+
+        const QString lower = makeFolder(QStringLiteral("lower"), false, false);
+        QFile(lower + QStringLiteral("/ddpid")).open(QIODevice::WriteOnly);
+        window.setFolderChooser(
+            [lower](QWidget*, const QString&, const QString&) { return lower; });
+        window.onActionOpenTriggered();
+        QCOMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
+        window.openPath(lower);
+        QCOMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
+
+        const auto boxes = answerer.loadBoxes();
+        QCOMPARE(boxes.size(), 5);
+        for (const auto& box : boxes)
+            QCOMPARE(box.title, QStringLiteral("No DDP Selected"));
+    }
+
+    // Stopping and loading blank the level meter at once; it stays blank
+    // until playback starts again.
+    void metersBlankOnStopAndOnLoad()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        window.openPath(m_disc);
+        LevelMeterWidget* meter = window.meterSection()->levelMeter();
+        auto lit = [meter] {
+            const LevelMeterWidget::Displayed shown = meter->displayed();
+            return shown.peakLeft + shown.peakRight + shown.rmsLeft + shown.rmsRight +
+                   shown.holdLeft + shown.holdRight;
+        };
+        auto light = [meter] {
+            meter->levelChanged(MeterInfo{0.4f, 0.4f, 0.9f, 0.9f});
+            meter->redrawTimerExpired();
+        };
+        QTableView* view = window.tableViewWidget()->tableView();
+
+        window.onCellDoubleClicked(view->model()->index(1, 1));
+        QVERIFY(window.player().isPlaying());
+        light();
+        QVERIFY(lit() > 0.0f);
+        window.transportController()->onStopReleased();
+        QCOMPARE(lit(), 0.0f);
+        window.onTimeout();
+        meter->redrawTimerExpired();
+        QCOMPARE(lit(), 0.0f);
+
+        window.onCellDoubleClicked(view->model()->index(1, 1));
+        light();
+        QVERIFY(lit() > 0.0f);
+        window.openPath(m_disc);
+        QCOMPARE(lit(), 0.0f);
+        window.player().stop();
+    }
+
+    // The remaining time reads "-MM:SS", so it is never taken for the time
+    // gone by.
+    void remainingTimeCarriesAMinus()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        window.openPath(m_disc);
+        QLabel* time = window.timeWidget()->timeLabel();
+        QCOMPARE(time->text(), QStringLiteral("00:00"));
+        window.onTrackTimeLabelClicked();
+        QVERIFY(window.showsRemainingTime());
+        QVERIFY2(time->text().startsWith(QLatin1Char('-')), qPrintable(time->text()));
+        QVERIFY(time->text() != QLatin1String("-00:00"));
+        QCOMPARE(time->text().size(), 6);
+        window.onTrackTimeLabelClicked();
+        QCOMPARE(time->text(), QStringLiteral("00:00"));
+    }
+
+    // The largest disc the loader takes, 99 tracks of 99 indexes (some 9 900
+    // rows), is on screen in well under a second: the row buttons are made
+    // for the rows in view, not for every row.
+    void theLargestDiscLoadsQuickly()
+    {
+        mkddp::DiscSpec spec = mkddp::simpleDisc(99, 2);
+        spec.content = mkddp::AudioContent::Silence;
+        for (mkddp::TrackSpec& track : spec.tracks) {
+            for (int offset = 1; offset <= 98; ++offset)
+                track.indexOffsets.append(offset);
+        }
+        const QString big = m_dir.filePath(QStringLiteral("big"));
+        QVERIFY(mkddp::writeDisc(spec, big));
+        ModalAnswerer answerer;
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        settle();
+        QElapsedTimer timer;
+        timer.start();
+        window.openPath(big);
+        QApplication::processEvents();
+        const qint64 ms = timer.elapsed();
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QVERIFY(window.itemModel()->rowCount() > 9800);
+        // Generous against a busy machine; a button set for every row took
+        // seconds here.
+        QVERIFY2(ms < 1000, qPrintable(QStringLiteral("%1 ms").arg(ms)));
+        TableViewWidget* table = window.tableViewWidget();
+        QVERIFY(table->rowsWithWidgets() < 100);
+
+        // Rows scrolled to get their buttons.
+        QTableView* view = table->tableView();
+        view->scrollToBottom();
+        const int last = view->model()->rowCount() - 2;
+        const int bottom = view->rowAt(view->viewport()->height() - 1);
+        QVERIFY(bottom > 9000);
+        QVERIFY(view->indexWidget(view->model()->index(std::min(bottom, last), 1)));
     }
 };
 
