@@ -1,6 +1,7 @@
 // Tivora: a player for DDP disc images.
 //   tivora [PATH]   PATH is a DDP folder or a file inside one, opened at start
 #include "app/MainWindow.h"
+#include "ddp/FileNameCodec.h"
 #include "widgets/CustomStyle.h"
 
 #include <QApplication>
@@ -16,6 +17,8 @@ int main(int argc, char* argv[])
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
     QApplication app(argc, argv);
+    // Before the arguments are read: folder names that are not UTF-8 open too.
+    FileNameCodec::install();
     QApplication::setOrganizationName(QStringLiteral("Korvane"));
     const QString major = QStringLiteral("1");
     const QString minor = QStringLiteral("5");

@@ -4,6 +4,7 @@
 #include "ddp/DdpNames.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QMimeData>
 #include <QUrl>
@@ -44,7 +45,18 @@ QString firstDroppedPath(const QMimeData* mimeData)
     const QList<QUrl> urls = mimeData->urls();
     if (urls.isEmpty())
         return QString();
-    return urls.first().toLocalFile();
+    const QUrl& url = urls.first();
+    const QString path = url.toLocalFile();
+#ifdef Q_OS_UNIX
+    // toLocalFile() reads the percent-escapes as UTF-8 and turns any other
+    // byte into U+FFFD: a folder named in Latin-1 arrives as "Caf%E9" and
+    // would not be found. The bytes themselves, named as the file system
+    // names them, find it.
+    if (!path.isEmpty() && url.host().isEmpty())
+        return QFile::decodeName(
+            QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+#endif
+    return path;
 }
 
 ErrorKind openDialogCheck(const QString& folder)

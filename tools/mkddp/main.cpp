@@ -1,6 +1,8 @@
 // tivora-mkddp: writes DDP folders for testing and the bundled demo disc.
 #include "tools/mkddp/Mkddp.h"
 
+#include "ddp/FileNameCodec.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QJsonDocument>
@@ -62,6 +64,7 @@ int fail(const QString& message)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    FileNameCodec::install(); // before the arguments are read
     QStringList args = QCoreApplication::arguments().mid(1);
     if (args.isEmpty() || args.contains(QStringLiteral("--help")) ||
         args.contains(QStringLiteral("-h"))) {

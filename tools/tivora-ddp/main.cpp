@@ -2,6 +2,8 @@
 // line, for scripts and for machines without a display.
 #include "tools/tivora-ddp/Commands.h"
 
+#include "ddp/FileNameCodec.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -55,6 +57,9 @@ static int handOverToPlay(const QStringList& args)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    // Before the arguments are read: folder names that are not UTF-8 open
+    // too, and reach tivora-ddp-play byte for byte.
+    FileNameCodec::install();
     QStringList args = QCoreApplication::arguments();
     args.removeFirst();
     if (args.isEmpty())
