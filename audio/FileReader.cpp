@@ -1,5 +1,7 @@
 #include "audio/FileReader.h"
 
+#include "ddp/RegularFile.h"
+
 namespace Audio {
 
 FileReader::FileReader(DoubleBuffer& buffer) : m_buffer(buffer), m_bytes(kPreloadChunkBytes) {}
@@ -22,9 +24,9 @@ void FileReader::openFile(const QString& path, std::function<void()> endOfFile)
         m_endOfFile = std::move(endOfFile);
         if (m_file.isOpen())
             m_file.close();
-        m_file.setFileName(path);
-        // A file that does not open simply reads as empty.
-        (void)m_file.open(QIODevice::ReadOnly);
+        // A file that does not open simply reads as empty. Only a regular
+        // file is opened: a pipe at the image's name would block the GUI.
+        (void)openRegularFile(m_file, path);
     }
     if (!m_thread.joinable())
         m_thread = std::thread(&FileReader::run, this);

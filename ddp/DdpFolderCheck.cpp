@@ -2,6 +2,7 @@
 
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpNames.h"
+#include "ddp/RegularFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,7 +16,8 @@ bool hasFile(const QString& dir, const QString& name)
 {
     if (dir.isEmpty())
         return false;
-    return QFileInfo::exists(resolveDdpFile(dir, name));
+    // A pipe, a device or a folder at the name is as good as no file.
+    return regularFileSize(resolveDdpFile(dir, name)).has_value();
 }
 
 const QString kDdpid = QString::fromLatin1(kDdpidFileName);

@@ -2,12 +2,18 @@
 
 #include "export/WavHeader.h"
 
+#include "ddp/RegularFile.h"
+
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -16,13 +22,23 @@ bool cancelled()
     return QThread::currentThread()->isInterruptionRequested();
 }
 
-void removePartialFile(const QString& path)
+// The system's words for the last failure of a file; Qt falls back on
+// "Unknown error" where the system had a reason.
+QString systemReason(const QFile& file, int savedErrno = 0)
 {
-    // Only a regular file we made is removed: an output path may name a
-    // device (/dev/full) or something else that is not ours to delete.
-    const QFileInfo info(path);
-    if (info.isFile() && !info.isSymLink())
-        QFile::remove(path);
+    const QString qt = file.errorString();
+    if (savedErrno != 0 && (qt.isEmpty() || qt == QLatin1String("Unknown error")))
+        return QString::fromLocal8Bit(std::strerror(savedErrno));
+    return qt;
+}
+
+QString randomSuffix()
+{
+    static const char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    QString suffix;
+    for (int i = 0; i < 8; ++i)
+        suffix += QLatin1Char(kLetters[QRandomGenerator::global()->bounded(36)]);
+    return suffix;
 }
 
 } // namespace
@@ -42,10 +58,68 @@ void FileWriter::reportProgress(qint64 length)
 
 QString FileWriter::writeFailure(QFile& out)
 {
-    const QString detail = out.errorString();
+    const int savedErrno = errno;
+    const QString detail = systemReason(out, savedErrno);
     out.close();
-    removePartialFile(m_writingPath);
+    removeOwnFile(out, m_writingPath == m_outputPath);
     return tr("Could not write \"%1\": %2").arg(m_outputPath, detail);
+}
+
+QString FileWriter::imageFailure(QFile& image, const QString& readError)
+{
+    // An image cut short while it is read ends here, mapped or not.
+    if (image.size() < m_end)
+        return tr("The audio image \"%1\" became shorter during the export (%2 bytes, the "
+                  "track needs %3); \"%4\" was not written.")
+            .arg(m_imagePath)
+            .arg(image.size())
+            .arg(m_end)
+            .arg(m_outputPath);
+    return readError;
+}
+
+QString FileWriter::createTemporaryFile(QFile& out)
+{
+    // "<name>.<8 letters>.part": new each time, never an existing file.
+    for (int attempt = 0; attempt < 16; ++attempt) {
+        m_writingPath = m_outputPath + QLatin1Char('.') + randomSuffix() + QStringLiteral(".part");
+        out.setFileName(m_writingPath);
+        if (out.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+            return {};
+        if (!QFileInfo::exists(m_writingPath) && !QFileInfo(m_writingPath).isSymLink())
+            break; // not a name clash: the folder refuses
+    }
+    const int savedErrno = errno;
+    return tr("Could not create \"%1\": %2").arg(m_outputPath, systemReason(out, savedErrno));
+}
+
+QString FileWriter::replaceTarget()
+{
+#ifdef Q_OS_UNIX
+    // rename() replaces a file (or a link, never what it points to) in one
+    // step: there is no moment without the old file or the new one, and
+    // nothing is removed that this export did not write.
+    if (::rename(QFile::encodeName(m_writingPath).constData(),
+                 QFile::encodeName(m_outputPath).constData()) == 0)
+        return {};
+    return tr("Could not write \"%1\": the finished file could not be renamed: %2")
+        .arg(m_outputPath, QString::fromLocal8Bit(std::strerror(errno)));
+#else
+    if (QFile::exists(m_outputPath) && !QFile::remove(m_outputPath))
+        return tr("Could not replace \"%1\".").arg(m_outputPath);
+    if (!QFile::rename(m_writingPath, m_outputPath))
+        return tr("Could not write \"%1\": the finished file could not be renamed.")
+            .arg(m_outputPath);
+    return {};
+#endif
+}
+
+void FileWriter::removeOwnFile(QFile& out, bool direct)
+{
+    // Only the temporary file this export made is removed: an output path
+    // may name a device (/dev/full) or something else that is not ours.
+    if (!direct)
+        out.remove();
 }
 
 QString FileWriter::copyRange()
@@ -66,11 +140,21 @@ QString FileWriter::copyRange()
             .arg(m_outputPath);
 
     // The image stays open until the range is written: the range may be its
-    // mapped pages.
-    QFile image(m_imagePath);
-    if (!image.open(QIODevice::ReadOnly))
-        return tr("Could not open the audio image \"%1\": %2")
-            .arg(m_imagePath, image.errorString());
+    // mapped pages. Only a regular file is read: a pipe would never end.
+    QFile image;
+    QString reason;
+    if (!openRegularFile(image, m_imagePath, &reason))
+        return tr("Could not open the audio image \"%1\": %2").arg(m_imagePath, reason);
+    // A track the image does not hold in full would be written as silence
+    // behind a success: it is an error for that track.
+    if (image.size() < m_end)
+        return tr("\"%1\" was not written: the track needs bytes %2 to %3 of the audio image "
+                  "\"%4\", which holds only %5 bytes.")
+            .arg(m_outputPath)
+            .arg(m_start)
+            .arg(m_end)
+            .arg(m_imagePath)
+            .arg(image.size());
     struct Release
     {
         ImageRange& range;
@@ -83,7 +167,7 @@ QString FileWriter::copyRange()
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
         if (!m_range.load(done, piece))
-            return readError;
+            return imageFailure(image, readError);
         if (cancelled())
             return tr("The export was cancelled.");
         if (piece == kPieceSize) {
@@ -93,27 +177,43 @@ QString FileWriter::copyRange()
     }
     reportProgress(length);
 
-    // The WAV is written under a ".part" name and takes its own name only
-    // when complete, so an export cut short (a crash, Ctrl+C, power loss)
-    // never leaves a file that looks whole. A device is written as it is.
+    // The WAV is written under a temporary name of its own and takes its real
+    // name only when complete, so an export cut short (a crash, Ctrl+C,
+    // power loss) never leaves a file that looks whole. The temporary file
+    // is made new: a link planted at its name is never followed, and two
+    // exports into one folder never write or remove each other's files. A
+    // device is written as it is.
     const QFileInfo target(m_outputPath);
-    const bool direct = target.exists() && !target.isFile();
-    m_writingPath = direct ? m_outputPath : m_outputPath + QStringLiteral(".part");
+    const bool direct = target.exists() && !target.isFile() && !target.isSymLink();
     // Unbuffered: every write goes to the system at once, and its failure
     // shows at once.
-    QFile out(m_writingPath);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        return tr("Could not create \"%1\": %2").arg(m_outputPath, out.errorString());
+    QFile out;
+    if (direct) {
+        m_writingPath = m_outputPath;
+        out.setFileName(m_writingPath);
+        if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            return tr("Could not create \"%1\": %2").arg(m_outputPath, systemReason(out));
+    } else {
+        const QString error = createTemporaryFile(out);
+        if (!error.isEmpty())
+            return error;
+    }
     const QByteArray header = wavHeader(static_cast<std::uint32_t>(length));
     if (out.write(header) != header.size())
         return writeFailure(out);
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
-        if (!m_range.writeTo(out, done, piece))
+        if (!m_range.writeTo(out, done, piece)) {
+            if (image.size() < m_end) {
+                out.close();
+                removeOwnFile(out, direct);
+                return imageFailure(image, readError);
+            }
             return writeFailure(out);
+        }
         if (cancelled()) {
             out.close();
-            removePartialFile(m_writingPath);
+            removeOwnFile(out, direct);
             return tr("The export was cancelled.");
         }
         if (piece == kPieceSize) {
@@ -126,15 +226,11 @@ QString FileWriter::copyRange()
     if (out.error() != QFileDevice::NoError)
         return writeFailure(out);
     if (!direct) {
-        // Write-only would have replaced a file already there; so does this.
-        if (QFile::exists(m_outputPath) && !QFile::remove(m_outputPath)) {
-            removePartialFile(m_writingPath);
-            return tr("Could not replace \"%1\".").arg(m_outputPath);
-        }
-        if (!QFile::rename(m_writingPath, m_outputPath)) {
-            removePartialFile(m_writingPath);
-            return tr("Could not write \"%1\": the finished file could not be renamed.")
-                .arg(m_outputPath);
+        // The finished file replaces whatever had the name, in one step.
+        const QString error = replaceTarget();
+        if (!error.isEmpty()) {
+            removeOwnFile(out, direct);
+            return error;
         }
     }
     emit fileWritten(m_outputPath);

@@ -56,11 +56,15 @@ protected:
     qint64 m_start = 0;
     qint64 m_end = 0;
     qint64 m_bytesProcessed = 0;
-    QString m_writingPath; // the output path, or its ".part" while written
+    QString m_writingPath; // the output path, or its temporary ".part" name while written
 
 private:
     void reportProgress(qint64 length);
     QString writeFailure(QFile& out);
+    QString imageFailure(QFile& image, const QString& readError);
+    QString createTemporaryFile(QFile& out);
+    QString replaceTarget();
+    void removeOwnFile(QFile& out, bool direct);
 
     // The range between its read and its write; kept from track to track.
     ImageRange m_range;

@@ -104,11 +104,9 @@ bool ImageRange::readIntoBuffer(qint64 offset, qint64 size)
         if (got < 0)
             return false;
         if (got == 0)
-            break; // the image's end
+            return false; // cut short: never pass silence off as audio
         done += got;
     }
-    // The buffer may hold an earlier range's bytes.
-    std::memset(data + done, 0, static_cast<std::size_t>(size - done));
     return true;
 }
 

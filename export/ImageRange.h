@@ -8,8 +8,9 @@
 class QFile;
 
 // One byte range of the audio image, held in memory whole between the read
-// phase and the write phase of an export. Bytes past the image's end read as
-// zeros, as a zero-filled buffer would hold them.
+// phase and the write phase of an export. The caller checks that the image
+// holds the whole range; an image that shrinks meanwhile makes a load or a
+// write fail, never reads as zeros.
 //
 // On Linux the range is the image's own pages, mapped and made resident piece
 // by piece, and the write copies them straight into the output file. Reading

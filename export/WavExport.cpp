@@ -2,6 +2,7 @@
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
+#include "ddp/RegularFile.h"
 #include "ddp/Settings.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
@@ -141,12 +142,14 @@ QString WavExport::imagePathOrReport(const QString& ddpFolder)
 {
     const QString path =
         resolveDdpFile(ddpFolder, QString::fromStdString(m_model->imageFileName()));
-    const QFileInfo info(path);
-    if (!info.exists()) {
-        reportError(tr("The audio image \"%1\" is missing.").arg(path));
+    // Empty when the map's name leads out of the DDP folder.
+    if (!regularFileSize(path)) {
+        reportError(
+            tr("The audio image \"%1\" is missing.")
+                .arg(path.isEmpty() ? QString::fromStdString(m_model->imageFileName()) : path));
         return {};
     }
-    return info.absoluteFilePath();
+    return QFileInfo(path).absoluteFilePath();
 }
 
 void WavExport::startWorker(FileWriter* worker, bool showProgress)

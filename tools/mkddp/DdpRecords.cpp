@@ -65,6 +65,12 @@ QByteArray ddpmsBytes(const DiscSpec& spec)
         ms += mapPacket("S0", "PQ DESCR", spec.pqName, pqBytes(spec).size(), zeroPad);
     if (spec.cdText)
         ms += mapPacket("S0", "CDTEXT  ", spec.cdTextName, cdTextBytes(spec).size(), zeroPad);
+    if (spec.has(Fault::DdpmsTooLarge)) {
+        // Sound packets of a stream nobody reads, one more map's worth.
+        const QByteArray spare = mapPacket("D2", "", "SPARE.DAT", 0, zeroPad);
+        for (int i = 0; i < 1024; ++i)
+            ms += spare;
+    }
     if (spec.has(Fault::DdpmsBadFirstTag) && !ms.isEmpty())
         putField(ms, 0, 4, "VVVX");
     if (spec.has(Fault::DdpmsShortLastPacket) && ms.size() >= kRecordSize)

@@ -48,6 +48,17 @@ AudioFill audioFill(const DiscSpec& spec)
     return [](qint64, char* out, qint64 length) { std::fill(out, out + length, '\0'); };
 }
 
+// The image as written: the faults that cut it leave it shorter than the PQ
+// entries need.
+qint64 writtenImageSize(const DiscSpec& spec)
+{
+    if (spec.has(Fault::ImageEmpty))
+        return 0;
+    if (spec.has(Fault::ImageCutShort))
+        return std::max<qint64>(0, imageSize(spec) - 176400);
+    return imageSize(spec);
+}
+
 } // namespace
 
 QString imageFileName(const DiscSpec& spec)
@@ -77,10 +88,12 @@ DiscFiles buildFiles(const DiscSpec& spec, bool withImage)
     if (!spec.has(Fault::NoPqFile))
         files[pqFileName(spec)] = pqBytes(spec);
     if (spec.cdText && !spec.has(Fault::NoCdTextFile))
-        files[cdTextFileName(spec)] =
-            spec.has(Fault::CdTextEmptyFile) ? QByteArray() : cdTextBytes(spec);
+        files[cdTextFileName(spec)] = spec.has(Fault::CdTextEmptyFile) ? QByteArray()
+                                      : spec.has(Fault::CdTextTooLarge)
+                                          ? cdTextBytes(spec).leftJustified(8 * 256 * 18 + 18, '\0')
+                                          : cdTextBytes(spec);
     if (withImage && !spec.has(Fault::NoImageFile)) {
-        const qint64 size = imageSize(spec);
+        const qint64 size = writtenImageSize(spec);
         QByteArray image(int(size), '\0');
         audioFill(spec)(0, image.data(), size);
         files[imageFileName(spec)] = image;
@@ -121,7 +134,7 @@ bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error)
     if (!image.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
     const AudioFill fill = audioFill(spec);
-    const qint64 size = imageSize(spec);
+    const qint64 size = writtenImageSize(spec);
     constexpr qint64 kChunk = 1 << 20; // a multiple of 4: chunks hold whole sample frames
     QByteArray chunk(int(kChunk), '\0');
     for (qint64 offset = 0; offset < size; offset += kChunk) {

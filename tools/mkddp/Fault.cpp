@@ -33,6 +33,11 @@ constexpr FaultInfo kFaults[] = {
     {Fault::CdTextLastTrackTooLow, "cdtext-last-track-too-low", 10},
     {Fault::CdTextExtraTrack, "cdtext-extra-track", 12},
     {Fault::CdTextBadDoubleByte, "cdtext-bad-double-byte", 12},
+    {Fault::DdpmsTooLarge, "ddpms-too-large", 9},
+    {Fault::PqTooManyEntries, "pq-too-many-entries", 10},
+    {Fault::CdTextTooLarge, "cdtext-too-large", 11},
+    {Fault::ImageEmpty, "image-empty", 12},
+    {Fault::ImageCutShort, "image-cut-short", 12},
     {Fault::DuplicateTrackNumbers, "duplicate-track-numbers", 12},
 };
 

@@ -33,6 +33,11 @@ enum class Fault
     CdTextLastTrackTooLow, // the size information's last track is one below the PQ's
     CdTextExtraTrack,      // strings for one track beyond the last one (dropped by readers)
     CdTextBadDoubleByte,   // track 1's title is not valid code page 932 (double-byte discs)
+    DdpmsTooLarge,         // 1024 more "VVVM" packets: over the loader's limit for DDPMS
+    PqTooManyEntries,      // 10 001 entries: over the loader's limit for the PQ descriptor
+    CdTextTooLarge,        // CD-Text over 8 blocks of 256 packs
+    ImageEmpty,            // the image file is 0 bytes
+    ImageCutShort,         // the image lacks its last second (176 400 bytes)
     DuplicateTrackNumbers, // every track's PQ entries carry the first track's number
 };
 

@@ -49,6 +49,15 @@ QByteArray pqBytes(const DiscSpec& spec)
         }
         pq += entry;
     }
+    if (spec.has(Fault::PqTooManyEntries) && pq.size() >= 2 * kEntrySize) {
+        // Copies of the second entry, so that every entry still parses.
+        const QByteArray copy = pq.mid(kEntrySize, kEntrySize);
+        const int count = int(pq.size() / kEntrySize);
+        QByteArray grown = pq.left(kEntrySize);
+        for (int i = 0; i < 10001 - count; ++i)
+            grown += copy;
+        pq = grown + pq.mid(kEntrySize);
+    }
     if (spec.has(Fault::PqTruncatedLast) && !pq.isEmpty())
         pq.chop(kEntrySize - 40);
     return pq;

@@ -9,6 +9,7 @@
 
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
+#include "ddp/RegularFile.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
@@ -126,7 +127,7 @@ int runExport(const QStringList& args)
 
     const QString image =
         resolveDdpFile(report.folder, QString::fromStdString(model.imageFileName()));
-    if (!QFileInfo::exists(image))
+    if (!regularFileSize(image))
         return fail(QStringLiteral("The audio image \"%1\" is missing.").arg(image));
     const QString outDir = QFileInfo(arguments->outDir).absoluteFilePath();
     if (!QDir().mkpath(outDir))

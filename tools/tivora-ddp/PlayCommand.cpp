@@ -9,6 +9,7 @@
 #include "audio/Player.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
+#include "ddp/RegularFile.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -149,7 +150,7 @@ int runPlay(const QStringList& args)
         return fail(report.result.kind, report.result.message);
     const QString image =
         resolveDdpFile(report.folder, QString::fromStdString(report.model->imageFileName()));
-    if (!QFileInfo::exists(image))
+    if (!regularFileSize(image))
         return fail(ErrorKind::ImageMissing, {});
 
     Audio::Player player;
