@@ -42,15 +42,16 @@ inline FuzzFiles splitFuzzInput(const std::uint8_t* data, std::size_t size)
     return files;
 }
 
-inline std::string joinFuzzInput(const FuzzFiles& files)
+// `spare` is the header's fourth word (the folder target reads it).
+inline std::string joinFuzzInput(const FuzzFiles& files, std::uint32_t spare = 0)
 {
     std::string out;
-    for (const std::string* part : {&files.ddpid, &files.ddpms, &files.pq}) {
-        const auto n = static_cast<std::uint32_t>(part->size());
+    for (std::uint32_t n : {static_cast<std::uint32_t>(files.ddpid.size()),
+                            static_cast<std::uint32_t>(files.ddpms.size()),
+                            static_cast<std::uint32_t>(files.pq.size()), spare}) {
         for (int b = 0; b < 4; ++b)
             out += static_cast<char>((n >> (8 * b)) & 0xFF);
     }
-    out += std::string(4, '\0');
     out += files.ddpid + files.ddpms + files.pq + files.cdText;
     return out;
 }

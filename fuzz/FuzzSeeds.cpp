@@ -51,6 +51,14 @@ std::vector<std::pair<QString, mkddp::DiscSpec>> seedDiscs()
     long3.pqHours = 1;
     discs.emplace_back(QStringLiteral("shown-pause-hours"), long3);
 
+    // Names that lead out of the folder, or into a subfolder.
+    DiscSpec climbing = realisticDisc();
+    climbing.imageName = "../OUTSIDE";
+    discs.emplace_back(QStringLiteral("image-outside"), climbing);
+    DiscSpec absolute = realisticDisc();
+    absolute.pqName = "/etc/hostname";
+    discs.emplace_back(QStringLiteral("pq-absolute"), absolute);
+
     for (Fault fault : allFaults()) {
         DiscSpec spec = fault == Fault::CdTextBadDoubleByte ? japanese : realisticDisc();
         spec.faults = {fault};
@@ -59,19 +67,36 @@ std::vector<std::pair<QString, mkddp::DiscSpec>> seedDiscs()
     return discs;
 }
 
+bool writeSeed(const char* dir, const QString& name, const std::string& input)
+{
+    QFile file(QFile::decodeName(dir) + QLatin1Char('/') + name);
+    return file.open(QIODevice::WriteOnly) &&
+           file.write(input.data(), static_cast<qint64>(input.size())) ==
+               static_cast<qint64>(input.size());
+}
+
 } // namespace
 
 int writeFuzzSeeds(const char* dir)
 {
     int written = 0;
     for (const auto& [name, spec] : seedDiscs()) {
-        QFile file(QFile::decodeName(dir) + QLatin1Char('/') + name);
-        const std::string input = joinFuzzInput(fuzzFiles(spec));
-        if (!file.open(QIODevice::WriteOnly) ||
-            file.write(input.data(), static_cast<qint64>(input.size())) !=
-                static_cast<qint64>(input.size()))
+        if (!writeSeed(dir, name, joinFuzzInput(fuzzFiles(spec))))
             return 0;
         ++written;
     }
-    return written;
+    // The realistic disc with each file of it replaced by something that is
+    // not a regular file (the folder target's spare word, 3 bits a file).
+    const FuzzFiles realistic = fuzzFiles(mkddp::realisticDisc());
+    for (std::uint32_t file = 0; file < 5; ++file) {
+        for (std::uint32_t kind = 1; kind < 7; ++kind) {
+            const QString name = QStringLiteral("special-%1-%2").arg(file).arg(kind);
+            if (!writeSeed(dir, name, joinFuzzInput(realistic, kind << (3 * file))))
+                return 0;
+            ++written;
+        }
+    }
+    if (!writeSeed(dir, QStringLiteral("sparse-pq"), joinFuzzInput(realistic, 1u << 15)))
+        return 0;
+    return written + 1;
 }
