@@ -2,6 +2,8 @@
 
 #include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
+#include "ddp/ErrorTexts.h"
+#include "widgets/Theme.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -94,6 +96,13 @@ void InfoBoxWidget::setupUi()
     m_gridLayout->addWidget(m_upcEanLabel, 1, 0);
     m_gridLayout->addWidget(m_artistLabel, 1, 1);
     m_gridLayout->addWidget(m_albumLabel, 1, 2);
+    m_statusLabel = makeLabel("statusLabel", this);
+    m_statusLabel->setWordWrap(true);
+    m_statusLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    QPalette palette = m_statusLabel->palette();
+    palette.setColor(QPalette::WindowText, Theme::warning());
+    m_statusLabel->setPalette(palette);
+    m_gridLayout->addWidget(m_statusLabel, 2, 0, 1, 3);
     m_gridLayout->setColumnStretch(0, 2);
     m_gridLayout->setColumnStretch(1, 3);
     m_gridLayout->setColumnStretch(2, 3);
@@ -117,6 +126,8 @@ void InfoBoxWidget::clear()
         value->setText(kMissing);
         value->setToolTip(QString());
     }
+    m_statusLabel->clear();
+    m_statusLabel->hide();
 }
 
 void InfoBoxWidget::setModel(const DDPModel& model)
@@ -130,4 +141,8 @@ void InfoBoxWidget::setModel(const DDPModel& model)
     // The full text stays reachable when a long title is cut.
     for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel})
         value->setToolTip(value->text() == kMissing ? QString() : value->text().toHtmlEscaped());
+    if (model.imageShortBy() > 0) {
+        m_statusLabel->setText(imageShortText(model.imageShortBy()));
+        m_statusLabel->show();
+    }
 }

@@ -24,6 +24,9 @@ public:
     QLabel* upcEanLabel() const { return m_upcEanLabel; }
     QLabel* artistLabel() const { return m_artistLabel; }
     QLabel* albumLabel() const { return m_albumLabel; }
+    // A line under the values for what the engineer must know about the
+    // disc as a whole (an image shorter than its PQ); hidden when all is well.
+    QLabel* statusLabel() const { return m_statusLabel; }
 
 private:
     void setupUi();
@@ -37,4 +40,5 @@ private:
     QLabel* m_upcEanLabel = nullptr;
     QLabel* m_artistLabel = nullptr;
     QLabel* m_albumLabel = nullptr;
+    QLabel* m_statusLabel = nullptr;
 };

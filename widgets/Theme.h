@@ -68,6 +68,12 @@ inline QColor accentGreen()
 {
     return QColor(17, 109, 24);
 }
+// Something on the disc wants a look before it is approved: amber, readable
+// on every background of the window.
+inline QColor warning()
+{
+    return QColor(255, 183, 64);
+}
 inline QColor selection()
 {
     return QColor(69, 79, 88);

@@ -217,6 +217,19 @@ private slots:
         QCOMPARE(box.artistLabel()->text(), QStringLiteral("Bj\u00f6rk"));
         QCOMPARE(box.albumLabel()->text(), QStringLiteral("Caf\u00e9 <I> Tour"));
         QCOMPARE(box.albumLabel()->textFormat(), Qt::PlainText);
+        QVERIFY(box.statusLabel()->isHidden());
+
+        // An image shorter than the PQ says is named under the values, and
+        // the line goes with the next disc.
+        DDPModel cut;
+        cut.setEntries({entryWithUpc("             ")});
+        cut.setImageExtent(1000, 1000 + 176400);
+        box.setModel(cut);
+        QVERIFY(!box.statusLabel()->isHidden());
+        QVERIFY(
+            box.statusLabel()->text().contains(QStringLiteral("176400 bytes (1.00 s) shorter")));
+        box.setModel(latin);
+        QVERIFY(box.statusLabel()->isHidden());
     }
 
     void fontTable()
