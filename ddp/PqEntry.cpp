@@ -53,6 +53,14 @@ int durationSeconds(const PqEntry& a, const PqEntry& b)
     return b.wholeSeconds() - a.wholeSeconds() - (b.frames() < a.frames() ? 1 : 0);
 }
 
+std::size_t leadOutEntryCount(const std::vector<PqEntry>& entries)
+{
+    const std::size_t n = entries.size();
+    if (n >= 2 && entries[n - 1].trackText() == "AA" && entries[n - 2].trackText() != "AA")
+        return 1;
+    return 2;
+}
+
 std::string timeText(int seconds)
 {
     // A clock time from 00:00:00 that wraps at 24 hours; hours fold into minutes.

@@ -49,6 +49,13 @@ struct PqEntry
 // a second is taken off when b's frames are below a's.
 int durationSeconds(const PqEntry& a, const PqEntry& b);
 
+// How many entries close the descriptor after the last track: 1 when the last
+// entry is a lead-out ("AA") and the one before it is not, as some authoring
+// tools write it; otherwise 2, the usual "AA" 01 and "AA" 00 pair (and the
+// rule for descriptors that name no lead-out at all). No row, track or export
+// is made of these entries.
+std::size_t leadOutEntryCount(const std::vector<PqEntry>& entries);
+
 // The bytes of audio the entries describe: the largest position among them
 // (the lead-out's start on a sound disc). Entries whose time does not parse
 // are left out.

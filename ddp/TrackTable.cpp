@@ -30,7 +30,8 @@ QString timeQString(int seconds)
 void correctIsrcs(std::vector<PqEntry>& entries)
 {
     const long long n = static_cast<long long>(entries.size());
-    for (long long i = 1; i < n - 2; ++i) {
+    const long long closing = static_cast<long long>(leadOutEntryCount(entries));
+    for (long long i = 1; i < n - closing; ++i) {
         PqEntry& entry = entries[static_cast<std::size_t>(i)];
         PqEntry& previous = entries[static_cast<std::size_t>(i - 1)];
         if (entry.indexNumber() == 1 && previous.indexNumber() != 1) {
@@ -45,7 +46,11 @@ TrackTableRows buildTrackTableRows(const std::vector<PqEntry>& entries, const Cd
 {
     using Column = TrackTableRows::Column;
     TrackTableRows table;
-    long long r = static_cast<long long>(entries.size()) - 2;
+    const long long n = static_cast<long long>(entries.size());
+    // The rows skip the first entry and the lead-out: usually two entries,
+    // one when the descriptor closes with a single "AA".
+    const long long closing = static_cast<long long>(leadOutEntryCount(entries));
+    long long r = n - closing;
     int gap = 0; // the lead-in gap G: the length of the first entry
     if (r < 2) {
         --r;
@@ -87,8 +92,10 @@ TrackTableRows buildTrackTableRows(const std::vector<PqEntry>& entries, const Cd
     }
 
     // The total: where the last entry before the lead-out ends, less the
-    // hidden two-second pause (a one-second one is not taken off).
-    int total = checkedAt(entries, r + 1).wholeSeconds();
+    // hidden two-second pause (a one-second one is not taken off). A single
+    // lead-out entry is that end whether or not a row was hidden.
+    const long long totalEntry = closing == 1 ? n - 1 : r + 1;
+    int total = checkedAt(entries, totalEntry).wholeSeconds();
     if (gap == 2)
         total -= 2;
     const long long totalRow = r - 1;

@@ -10,7 +10,8 @@
 #include <vector>
 
 // Moves each ISRC from an index-0 entry onto the index-1 entry that follows
-// it (and blanks it with zeros at the pause), for i = 1 while i < N - 2.
+// it (and blanks it with zeros at the pause), for i = 1 up to the lead-out
+// entries (i < N - 2, or i < N - 1 after a single "AA" entry).
 // The copy is unconditional: a blank ISRC at the pause blanks the track's.
 // Throws "invalid stoi argument" for an index field that holds no number.
 void correctIsrcs(std::vector<PqEntry>& entries);

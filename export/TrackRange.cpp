@@ -35,7 +35,8 @@ std::vector<std::size_t> exportedTrackEntries(const DDPModel& model)
     std::vector<std::size_t> result;
     const std::vector<PqEntry>& entries = model.entries();
     // Signed, so that a list of fewer than two entries yields nothing.
-    const long long stop = static_cast<long long>(entries.size()) - 2;
+    const long long stop =
+        static_cast<long long>(entries.size()) - static_cast<long long>(leadOutEntryCount(entries));
     for (long long i = model.firstTrackNumber(); i < stop; ++i) {
         try {
             if (entries[static_cast<std::size_t>(i)].indexNumber() == 1)

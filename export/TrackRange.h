@@ -32,6 +32,7 @@ TrackRange trackRange(const std::vector<PqEntry>& entries, std::size_t entryInde
 std::size_t entryIndexForRow(const DDPModel& model, int row);
 
 // The entries the all-tracks export writes, in order: every index-1 entry from
-// the first-track number up to, not including, the last two (the lead-out).
+// the first-track number up to, not including, the lead-out entries (the last
+// two, or the last one when the descriptor closes with a single "AA").
 // Entries whose index does not parse are skipped.
 std::vector<std::size_t> exportedTrackEntries(const DDPModel& model);

@@ -7,6 +7,8 @@
 
 #include <QtTest>
 
+#include <cstring>
+
 using namespace testbytes;
 
 namespace {
@@ -103,7 +105,7 @@ private slots:
         correctIsrcs(t);
         QCOMPARE(t[3].isrc(), std::string_view(std::string(12, ' ')));
         QCOMPARE(t[1].isrc(), std::string_view(std::string(12, ' ')));
-        auto three = parse({{"01", 0, 0, 0, 0, "AAAAAAAAAAAA"}, {"01", 1}, {"AA", 1}});
+        auto three = parse({{"01", 0, 0, 0, 0, "AAAAAAAAAAAA"}, {"AA", 1}, {"AA", 0}});
         correctIsrcs(three);
         QCOMPARE(three[0].isrc(), std::string_view("AAAAAAAAAAAA"));
     }
@@ -146,7 +148,7 @@ private slots:
     void tooFewEntriesMakeNoRows()
     {
         QVERIFY(
-            buildTrackTableRows(parse({{"01", 0}, {"01", 1}, {"AA", 1}}), nullptr).rows.empty());
+            buildTrackTableRows(parse({{"01", 1}, {"AA", 1}, {"AA", 0}}), nullptr).rows.empty());
         QVERIFY(buildTrackTableRows(parse({{"01", 0}, {"AA", 1}}), nullptr).rows.empty());
         // With one entry the total has no entry to come from.
         QCOMPARE(failureText<std::out_of_range>([] {
@@ -156,7 +158,7 @@ private slots:
         // Four entries and a hidden gap: no track row, the total in row 0,
         // taken from the third entry.
         const auto four = buildTrackTableRows(
-            parse({{"00", 0}, {"01", 0}, {"01", 1, 0, 2}, {"AA", 1, 1, 0}}), nullptr);
+            parse({{"00", 0}, {"01", 0}, {"AA", 1, 0, 2}, {"AA", 0, 0, 2}}), nullptr);
         QCOMPARE(four.rows.size(), std::size_t{1});
         QCOMPARE(cell(four, 0, Column::CdTime), QStringLiteral("Total: 00:00"));
     }
@@ -205,6 +207,79 @@ private slots:
         QCOMPARE(cell(t, 3, Column::Arranger), QStringLiteral("Arr 2"));
         QCOMPARE(cell(t, 3, Column::CdTime), QStringLiteral("03:20"));
         QCOMPARE(cell(t, 4, Column::CdTime), QStringLiteral("Total: 05:00"));
+    }
+
+    // Some authoring tools close the descriptor with one "AA" entry instead
+    // of the pair: the table must be the same as with the pair, down to the
+    // last track's row, its duration and the total.
+    void aSingleLeadOutEntryShowsTheLastTrack_data()
+    {
+        QTest::addColumn<int>("gap");
+        QTest::addColumn<bool>("lastTrackPause");
+        QTest::newRow("2 s hidden pause") << 2 << false;
+        QTest::newRow("1 s hidden pause") << 1 << false;
+        QTest::newRow("3 s pause shown") << 3 << false;
+        QTest::newRow("pause before the last track") << 2 << true;
+    }
+
+    void aSingleLeadOutEntryShowsTheLastTrack()
+    {
+        QFETCH(int, gap);
+        QFETCH(bool, lastTrackPause);
+        std::vector<Entry> pair = simpleEntries(gap, {60, 30, 45});
+        for (std::size_t i = 2; i < pair.size() - 2; ++i)
+            pair[i].isrc = "DEA62000000" + std::to_string(i);
+        if (lastTrackPause) {
+            // The ISRC sits at the pause and must move onto the track's start.
+            Entry pause = pair[4];
+            pause.index = 0;
+            pause.seconds -= 3;
+            pair[4].isrc = std::string(12, ' ');
+            pair.insert(pair.begin() + 4, pause);
+        }
+        std::vector<Entry> single = pair;
+        single.pop_back(); // "AA" 00
+
+        auto withPair = parse(pair);
+        auto withSingle = parse(single);
+        QCOMPARE(leadOutEntryCount(withPair), std::size_t{2});
+        QCOMPARE(leadOutEntryCount(withSingle), std::size_t{1});
+        correctIsrcs(withPair);
+        correctIsrcs(withSingle);
+        const TrackTableRows expected = buildTrackTableRows(withPair, nullptr);
+        const TrackTableRows got = buildTrackTableRows(withSingle, nullptr);
+        QCOMPARE(got.rows, expected.rows);
+        QCOMPARE(got.indexList, expected.indexList);
+
+        // Not two equally wrong tables: the last track and the total are there.
+        const std::size_t lastRow = got.rows.size() - 2;
+        QCOMPARE(cell(got, lastRow, Column::Track), QStringLiteral("03"));
+        QCOMPARE(cell(got, lastRow, Column::Index), QStringLiteral("Start 1"));
+        QCOMPARE(cell(got, lastRow, Column::Duration), QStringLiteral("00:45"));
+        QCOMPARE(cell(got, lastRow, Column::Isrc), QStringLiteral("DEA620000004"));
+        QCOMPARE(cell(got, lastRow + 1, Column::CdTime),
+                 QStringLiteral("Total: ") +
+                     QString::fromStdString(::timeText(135 + (gap == 2 ? 0 : gap))));
+    }
+
+    void oddHoursAndControlFieldsAreNeverRead()
+    {
+        // Blank or "00" hours and control fields as authoring tools fill
+        // them: nothing parses them, so times, rows and total stay put.
+        const auto reference = parse(simpleEntries(2, {10, 20}));
+        const TrackTableRows expected = buildTrackTableRows(reference, nullptr);
+        for (const char* hours : {"  ", "00", "\0\0"}) {
+            for (const char* control : {"01  ", "11  ", "A1  ", "B1  ", "0S  ", "41  ", "    "}) {
+                auto entries = reference;
+                for (PqEntry& e : entries) {
+                    std::memcpy(e.bytes.data() + 8, hours, 2);
+                    std::memcpy(e.bytes.data() + 16, control, 4);
+                }
+                QCOMPARE(entries[2].bytePosition(), reference[2].bytePosition());
+                QCOMPARE(buildTrackTableRows(entries, nullptr).rows, expected.rows);
+                QCOMPARE(pqAudioBytes(entries), pqAudioBytes(reference));
+            }
+        }
     }
 
     void faultsInTheEntries()
