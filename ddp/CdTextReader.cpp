@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -86,8 +87,13 @@ CdTextRecord CdTextReader::decode(std::string_view data)
     // The size information: the three 0x8F packs of a block, 12 bytes each,
     // placed by their pack number (byte 1). The first block's win.
     std::array<bool, 3> haveSizePart{};
+    std::optional<std::size_t> firstSizePack;
+    std::array<std::size_t, 8> blockPacks{}; // by the block number in bits 4..6 of byte 3
     for (std::size_t i = 0; i < packCount; ++i) {
         const std::string_view p = pack(i);
+        ++blockPacks[(byteAt(p, 3) >> 4) & 0x07];
+        if (byteAt(p, 0) == kSizeInfoPack && !firstSizePack)
+            firstSizePack = i;
         const std::uint8_t part = byteAt(p, 1);
         if (byteAt(p, 0) != kSizeInfoPack || part >= 3 || haveSizePart[part])
             continue;
@@ -101,10 +107,16 @@ CdTextRecord CdTextReader::decode(std::string_view data)
     if (packCount > 0)
         record.doubleByte = (byteAt(pack(0), 3) & 0x80) != 0;
 
+    record.largestBlockPacks = *std::max_element(blockPacks.begin(), blockPacks.end());
+
     // Block 0 without its three size packs; later language blocks are not
-    // decoded.
-    const std::size_t toDecode =
+    // decoded. Past 256 packs the sequence numbers wrap, and the last one in
+    // the size information is the block's length modulo 256: such a block
+    // ends where its size packs begin, which agrees with it modulo 256.
+    std::size_t toDecode =
         lastSequence < 3 ? 0 : std::min<std::size_t>(lastSequence - 2, packCount);
+    if (firstSizePack && (*firstSizePack + 2) % 256 == lastSequence)
+        toDecode = *firstSizePack;
 
     std::string buffer;
     for (std::size_t i = 0; i < toDecode; ++i) {

@@ -12,7 +12,9 @@ class IDdpFileSource;
 // Decodes the first language block of a CD-Text stream (18-byte packs) into
 // one CdTextRecord. A file that cannot be opened means the DDP has no
 // CD-Text, which is never an error. A genre pack with a code outside 1..27
-// throws std::out_of_range("invalid map<K, T> key").
+// throws std::out_of_range("invalid map<K, T> key"). A block longer than a
+// disc allows (over 256 packs, its sequence numbers wrapped) is decoded
+// whole, and the record says it will not fit the lead-in.
 class CdTextReader
 {
 public:

@@ -16,3 +16,12 @@ std::string CdTextRecord::text(std::size_t track, SlotIndex slot) const
 {
     return text(checkedAt(tracks, track)[slot]);
 }
+
+std::string CdTextRecord::leadInWarning() const
+{
+    if (fitsLeadIn())
+        return std::string();
+    return "The CD-Text has " + std::to_string(largestBlockPacks) +
+           " packs in one language block, more than the " + std::to_string(kLeadInBlockPacks) +
+           " a disc's lead-in carries: it will not fit the disc.";
+}

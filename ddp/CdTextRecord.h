@@ -31,6 +31,15 @@ struct CdTextRecord
     std::vector<TrackTexts> tracks; // [0] is the album, then track 1..last
     bool doubleByte = false;
     std::array<std::uint8_t, 36> sizeInfo{};
+    // The packs of the largest language block in the file. A disc's lead-in
+    // carries a block's packs under one-byte sequence numbers: 256 at most.
+    // Some authoring tools write more, letting the numbers wrap; such text
+    // is still read whole, but it would not fit on a pressed disc.
+    std::size_t largestBlockPacks = 0;
+    static constexpr std::size_t kLeadInBlockPacks = 256;
+    bool fitsLeadIn() const { return largestBlockPacks <= kLeadInBlockPacks; }
+    // What the engineer is told when it does not fit; empty when it does.
+    std::string leadInWarning() const;
 
     // The slot's text up to its first zero byte.
     static std::string text(const Slot& slot);

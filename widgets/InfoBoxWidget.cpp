@@ -8,6 +8,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QStringList>
 
 #include <exception>
 
@@ -141,8 +142,14 @@ void InfoBoxWidget::setModel(const DDPModel& model)
     // The full text stays reachable when a long title is cut.
     for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel})
         value->setToolTip(value->text() == kMissing ? QString() : value->text().toHtmlEscaped());
-    if (model.imageShortBy() > 0) {
-        m_statusLabel->setText(imageShortText(model.imageShortBy()));
+    // One line for each thing the engineer must know about the disc.
+    QStringList status;
+    if (model.imageShortBy() > 0)
+        status << imageShortText(model.imageShortBy());
+    if (model.hasCdText() && !model.cdText().fitsLeadIn())
+        status << QString::fromStdString(model.cdText().leadInWarning());
+    if (!status.isEmpty()) {
+        m_statusLabel->setText(status.join(QLatin1Char('\n')));
         m_statusLabel->show();
     }
 }

@@ -24,8 +24,9 @@ public:
     QLabel* upcEanLabel() const { return m_upcEanLabel; }
     QLabel* artistLabel() const { return m_artistLabel; }
     QLabel* albumLabel() const { return m_albumLabel; }
-    // A line under the values for what the engineer must know about the
-    // disc as a whole (an image shorter than its PQ); hidden when all is well.
+    // Lines under the values for what the engineer must know about the disc
+    // as a whole, one each (an image shorter than its PQ, CD-Text too long
+    // for the lead-in); hidden when all is well.
     QLabel* statusLabel() const { return m_statusLabel; }
 
 private:

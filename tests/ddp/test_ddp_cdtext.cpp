@@ -120,6 +120,40 @@ private slots:
         QCOMPARE(CdTextReader::decode(std::string()).tracks.size(), std::size_t{1});
     }
 
+    void aBlockPast256PacksIsReadWhole()
+    {
+        // One authoring tool lets a long block's sequence numbers wrap, so
+        // the size information's last sequence number is its length less 256.
+        Block b;
+        b.lastTrack = 99;
+        std::vector<std::string> titles;
+        for (int t = 0; t <= 99; ++t)
+            titles.push_back("Title number " + std::to_string(t) + std::string(27, '.'));
+        b.texts[0x80] = titles;
+        const std::string data = cdTextBlock(b);
+        const std::size_t packs = data.size() / 18;
+        QVERIFY(packs > 256);
+        const CdTextRecord r = CdTextReader::decode(data);
+        QCOMPARE(title(r, 0), titles[0]);
+        QCOMPARE(title(r, 57), titles[57]);
+        QCOMPARE(title(r, 99), titles[99]);
+        QCOMPARE(r.largestBlockPacks, packs);
+        QVERIFY(!r.fitsLeadIn());
+        QVERIFY(r.leadInWarning().find(std::to_string(packs) + " packs") != std::string::npos);
+
+        // A block that fits says nothing; 256 packs is the most that does.
+        Block small;
+        small.lastTrack = 1;
+        small.texts[0x80] = {"Album", "One"};
+        const CdTextRecord fits = CdTextReader::decode(cdTextBlock(small));
+        QCOMPARE(fits.largestBlockPacks, std::size_t{4});
+        QVERIFY(fits.fitsLeadIn());
+        QCOMPARE(fits.leadInWarning(), std::string());
+        CdTextRecord edge;
+        edge.largestBlockPacks = 256;
+        QVERIFY(edge.fitsLeadIn());
+    }
+
     void longStringsAreCutToTheSlot()
     {
         Block b;

@@ -230,6 +230,24 @@ private slots:
             box.statusLabel()->text().contains(QStringLiteral("176400 bytes (1.00 s) shorter")));
         box.setModel(latin);
         QVERIFY(box.statusLabel()->isHidden());
+
+        // CD-Text too long for the lead-in is a line of its own, under the
+        // short image's.
+        DDPModel both;
+        both.setEntries({entryWithUpc("             ")});
+        both.setImageExtent(1000, 1000 + 176400);
+        CdTextRecord longText = albumText("Long", "Text", "");
+        longText.largestBlockPacks = 305;
+        both.setCdText(longText);
+        box.setModel(both);
+        const QStringList lines = box.statusLabel()->text().split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 2);
+        QVERIFY(lines.at(0).contains(QStringLiteral("shorter")));
+        QVERIFY(lines.at(1).contains(QStringLiteral("305 packs")));
+        longText.largestBlockPacks = 256;
+        both.setCdText(longText);
+        box.setModel(both);
+        QCOMPARE(box.statusLabel()->text().count(QLatin1Char('\n')), 0);
     }
 
     void fontTable()

@@ -1,4 +1,4 @@
-// The DDPID and DDPMS files, in the DDP 2.00 record layouts.
+// The DDPID and DDPMS files, in the DDP 2.00 record layouts (DDPID in 1.01 too).
 #include "tools/mkddp/Bytes.h"
 #include "tools/mkddp/DiscFiles.h"
 #include "tools/mkddp/Expected.h"
@@ -38,12 +38,23 @@ QByteArray mapPacket(const QByteArray& streamType, const QByteArray& subcode,
 QByteArray ddpidBytes(const DiscSpec& spec)
 {
     QByteArray id(kRecordSize, ' ');
-    putField(id, 0, 8, spec.has(Fault::DdpidBadTag) ? "DDQ 2.00" : "DDP 2.00");
+    QByteArray level = spec.ddpLevel;
+    if (spec.has(Fault::DdpidBadTag))
+        level.replace(0, 4, "DDQ ");
+    putField(id, 0, 8, level);
     putField(id, 8, 13, spec.upcEan);
+    putField(id, 21, 8, digits(0, 8));        // map stream start
     putField(id, 38, 48, "TIVORA TEST DISC"); // master identifier
-    putField(id, 87, 2, "DA");                // CD-DA
-    putField(id, 89, 4, "1010");              // sides, side, layers, layer
-    putField(id, 93, 1, "I");                 // direction: inside out
+    if (level.startsWith("DDP 1.")) {
+        // 1.01 has no media type, side, layer or direction fields: after the
+        // master identifier comes free text, which a reader must not take
+        // for them.
+        putField(id, 86, 42, "CD MASTER 1989 XXXXXXXXXXXX");
+        return id;
+    }
+    putField(id, 87, 2, "DA");   // CD-DA
+    putField(id, 89, 4, "1010"); // sides, side, layers, layer
+    putField(id, 93, 1, "I");    // direction: inside out
     return id;
 }
 

@@ -75,6 +75,9 @@ struct DiscSpec
     bool leadInEntry = true;
     int leadOutEntries = 2;              // "AA" 01, "AA" 00 (0 to 2)
     int pqHours = 0;                     // written into the hours field of every entry
+    bool blankHours = false;             // two blanks in the hours field instead
+    QByteArray pqControl = "0100";       // the 4 control bytes of every entry, blank padded
+    QByteArray ddpLevel = "DDP 2.00";    // "DDP 1.01" writes the older DDPID layout
     QByteArray upcEan = "0000000000000"; // 13 digits: DDPID offset 8 and the lead-in entry
 
     // CD-Text (first block); written only when `cdText` is set.
@@ -118,6 +121,10 @@ DiscSpec longDisc(int minutes);
 // The longest title a single-byte CD-Text slot holds: 159 Latin-1 letters
 // outside ASCII, 318 bytes once in UTF-8.
 QString longLatin1Title();
+// Turns on CD-Text and fills all six strings of the album and of every
+// track with about 150 distinct characters: with three tracks or more, block
+// 0 holds over 256 packs (more than a disc's lead-in carries).
+void putLongCdText(DiscSpec& spec);
 // Turns on CD-Text and puts control characters (escape sequences, BEL, tab,
 // new line, DEL and the C1 CSI and NEL), as a single-byte block carries them,
 // into the album title, track 1's title and the last track's performer.

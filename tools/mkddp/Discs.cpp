@@ -1,6 +1,8 @@
 // Ready-made discs.
 #include "tools/mkddp/DiscSpec.h"
 
+#include <QStringList>
+
 namespace mkddp {
 
 bool CdTextStrings::isEmpty() const
@@ -158,6 +160,27 @@ QString longLatin1Title()
     for (int i = 0; i < 159; ++i)
         title += letters.at(i % letters.size());
     return title;
+}
+
+void putLongCdText(DiscSpec& spec)
+{
+    spec.cdText = true;
+    const QStringList names = {QStringLiteral("Title"),      QStringLiteral("Performer"),
+                               QStringLiteral("Songwriter"), QStringLiteral("Composer"),
+                               QStringLiteral("Arranger"),   QStringLiteral("Message")};
+    // "Title of track 2: Title of track 2: ..." cut to 150 characters, so
+    // every string differs from every other one over its whole length.
+    auto fill = [&](CdTextStrings& text, const QString& owner) {
+        QString* strings[] = {&text.title,    &text.performer, &text.songwriter,
+                              &text.composer, &text.arranger,  &text.message};
+        for (int slot = 0; slot < 6; ++slot) {
+            const QString unit = QStringLiteral("%1 of %2: ").arg(names.at(slot), owner);
+            *strings[slot] = unit.repeated(150 / unit.size() + 1).left(150);
+        }
+    };
+    fill(spec.album, QStringLiteral("the album"));
+    for (int k = 0; k < spec.tracks.size(); ++k)
+        fill(spec.tracks[k].text, QStringLiteral("track %1").arg(spec.firstTrackNumber + k));
 }
 
 void putControlCharacters(DiscSpec& spec)

@@ -1,7 +1,8 @@
 // What the player's track table should show for a generated disc, worked out
 // from the disc's layout with the table's own rules: the first entry and the
-// last two are never rows, a first pause under 3 s is hidden, times are shown
-// relative to the end of that pause, and so on.
+// lead-out entries (the last two, or a single closing "AA") are never rows, a
+// first pause under 3 s is hidden, times are shown relative to the end of
+// that pause, and so on.
 #include "tools/mkddp/Expected.h"
 
 #include <QStringList>
@@ -27,6 +28,14 @@ int duration(const LayoutEntry& a, const LayoutEntry& b)
     return wholeSeconds(b) - wholeSeconds(a) - (b.frames() < a.frames() ? 1 : 0);
 }
 
+// The entries after the last track that make no row: the "AA" 01 and 00
+// pair, or a single "AA" entry when that is all the descriptor closes with.
+int leadOutCount(const QVector<LayoutEntry>& layout)
+{
+    const int n = layout.size();
+    return n >= 2 && layout.at(n - 1).track == "AA" && layout.at(n - 2).track != "AA" ? 1 : 2;
+}
+
 QByteArray padded(const QByteArray& text, int width)
 {
     return text.left(width).leftJustified(width, ' ');
@@ -47,7 +56,7 @@ QVector<QString> shownIsrcs(const DiscSpec& spec, const QVector<LayoutEntry>& la
         isrc.append(padded(e.index == 0 && t.pauseIsrc ? *t.pauseIsrc : t.isrc, 12));
     }
     const int n = layout.size();
-    for (int i = 1; i < n - 2; ++i) {
+    for (int i = 1; i < n - leadOutCount(layout); ++i) {
         if (layout.at(i).index == 1 && layout.at(i - 1).index != 1) {
             isrc[i] = isrc.at(i - 1);
             isrc[i - 1].clear();
@@ -80,7 +89,8 @@ Table expectedTable(const DiscSpec& spec)
     const QVector<LayoutEntry> layout = pqLayout(spec);
     const QVector<QString> isrcs = shownIsrcs(spec, layout);
     Table table;
-    int r = layout.size() - 2;
+    const int closing = leadOutCount(layout);
+    int r = layout.size() - closing;
     int gap = 0;
     if (r < 2) {
         --r;
@@ -126,8 +136,9 @@ Table expectedTable(const DiscSpec& spec)
         if (gap <= 2)
             --r;
     }
-    if (r - 1 >= 0 && r + 1 < layout.size()) {
-        const int total = wholeSeconds(layout.at(r + 1)) - (gap == 2 ? 2 : 0);
+    const int totalEntry = closing == 1 ? layout.size() - 1 : r + 1;
+    if (r - 1 >= 0 && totalEntry < layout.size()) {
+        const int total = wholeSeconds(layout.at(totalEntry)) - (gap == 2 ? 2 : 0);
         QJsonArray row;
         for (int c = 0; c < 13; ++c)
             row.append(c == 3 ? QJsonValue(QStringLiteral("Total: ") + timeText(total))

@@ -33,11 +33,11 @@ QByteArray pqBytes(const DiscSpec& spec)
         const bool renumber = spec.has(Fault::DuplicateTrackNumbers) && e.trackNumber > 0;
         putField(entry, 4, 2, renumber ? digits(spec.firstTrackNumber, 2) : e.track);
         putField(entry, 6, 2, digits(e.index, 2));
-        putField(entry, 8, 2, digits(spec.pqHours, 2));
+        putField(entry, 8, 2, spec.blankHours ? QByteArray("  ") : digits(spec.pqHours, 2));
         putField(entry, 10, 2, digits(e.minutes(), 2));
         putField(entry, 12, 2, digits(e.seconds(), 2));
         putField(entry, 14, 2, digits(e.frames(), 2));
-        putField(entry, 16, 4, "0100"); // control bytes: audio, ADR 1
+        putField(entry, 16, 4, spec.pqControl); // control bytes: "0100" is audio, ADR 1
         putField(entry, 20, 12, entryIsrc(spec, e));
         if (e.track == "00")
             putField(entry, 32, 13, spec.upcEan);

@@ -35,6 +35,14 @@ Options of "test":
   --genre CODE          genre code (written as given; 1..27 are known)
   --upc DIGITS          UPC/EAN (13 digits)
   --hours H             hours field of every PQ entry
+  --blank-hours         two blanks in the hours field of every PQ entry
+  --control TEXT        the 4 control bytes of every PQ entry (default 0100;
+                        shorter text is blank padded, e.g. A1, 0S)
+  --lead-out-entries N  lead-out entries closing the PQ: 2 ("AA" 01 and 00,
+                        the default) or 1 ("AA" 01 only)
+  --ddp-level LEVEL     DDPID level and layout: 2.00 (default) or 1.01
+  --long-cdtext         CD-Text whose first block passes 256 packs (with 3
+                        tracks or more): every string about 150 characters
   --lower-case          all file names in lower case on disk
   --zero-pad            names in the DDPMS padded with zero bytes
   --cdtext-name NAME    CD-Text name as written in the DDPMS ("CD TEXT.BIN")
@@ -85,7 +93,7 @@ int main(int argc, char** argv)
     } else if (command == QLatin1String("test")) {
         int tracks = 3, seconds = 10, minutes = 0, firstPause = 150, pause = 0, index2 = 0;
         int emptyTrack = 0;
-        bool realistic = false, longTitle = false, controlText = false;
+        bool realistic = false, longTitle = false, controlText = false, longCdText = false;
         mkddp::DiscSpec opts; // collects the flags applied at the end
         QVector<mkddp::Fault> faults;
         for (int i = 0; i < args.size(); ++i) {
@@ -123,6 +131,19 @@ int main(int argc, char** argv)
                 longTitle = true;
             else if (a == QLatin1String("--control-text"))
                 controlText = true;
+            else if (a == QLatin1String("--long-cdtext"))
+                longCdText = true;
+            else if (a == QLatin1String("--blank-hours"))
+                opts.blankHours = true;
+            else if (a == QLatin1String("--control"))
+                ok = value(&text) && text.size() <= 4, opts.pqControl = text.toLatin1();
+            else if (a == QLatin1String("--lead-out-entries"))
+                ok = number(&opts.leadOutEntries) && opts.leadOutEntries >= 1 &&
+                     opts.leadOutEntries <= 2;
+            else if (a == QLatin1String("--ddp-level"))
+                ok = value(&text) &&
+                     (text == QLatin1String("2.00") || text == QLatin1String("1.01")),
+                opts.ddpLevel = "DDP " + text.toLatin1();
             else if (a == QLatin1String("--realistic"))
                 realistic = true;
             else if (a == QLatin1String("--cdtext"))
@@ -216,7 +237,13 @@ int main(int argc, char** argv)
         }
         if (controlText)
             mkddp::putControlCharacters(spec);
+        if (longCdText)
+            mkddp::putLongCdText(spec);
         spec.pqHours = opts.pqHours;
+        spec.blankHours = opts.blankHours;
+        spec.pqControl = opts.pqControl;
+        spec.leadOutEntries = opts.leadOutEntries;
+        spec.ddpLevel = opts.ddpLevel;
         spec.lowerCaseOnDisk = opts.lowerCaseOnDisk;
         spec.zeroPadNames = opts.zeroPadNames;
         spec.cdTextName = opts.cdTextName;

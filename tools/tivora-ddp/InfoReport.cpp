@@ -99,6 +99,10 @@ QByteArray infoReportJson(const InfoReport& report)
         {QStringLiteral("indexList"), indexList},
         {QStringLiteral("cdText"), cdTextJson(*report.model)},
         {QStringLiteral("imageShortBy"), static_cast<qint64>(report.model->imageShortBy())},
+        {QStringLiteral("cdTextFitsLeadIn"), report.model->hasCdText()
+                                                 ? QJsonValue(report.model->cdText().fitsLeadIn())
+                                                 : QJsonValue(QJsonValue::Null)},
+        {QStringLiteral("ddpidUpcEan"), QString::fromLatin1(report.model->ddpIdUpcEan().c_str())},
     };
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
@@ -129,6 +133,9 @@ QByteArray infoReportText(const InfoReport& report)
         QStringLiteral("Image: %1\n").arg(terminalText(ddpFileNameFromBytes(report.files.image)));
     if (model.imageShortBy() > 0)
         out += QStringLiteral("Warning: %1\n").arg(imageShortText(model.imageShortBy()));
+    if (model.hasCdText() && !model.cdText().fitsLeadIn())
+        out += QStringLiteral("Warning: %1\n")
+                   .arg(QString::fromStdString(model.cdText().leadInWarning()));
     if (model.hasCdText()) {
         const CdTextRecord& record = model.cdText();
         const QString album = terminalText(cdTextString(record, 0, CdTextRecord::Title));
