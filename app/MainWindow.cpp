@@ -167,7 +167,7 @@ void MainWindow::buildWidgets()
 
     auto* grip = new QSizeGrip(m_centralWidget);
     grip->setObjectName(QStringLiteral("sizeGrip"));
-    layout->addWidget(grip, 0, Qt::AlignRight | Qt::AlignBottom);
+    m_centralWidget->setCornerWidget(grip);
 }
 
 TimeWidget* MainWindow::timeWidget() const

@@ -149,6 +149,8 @@ void MenuBar::refillDevicesMenu()
             box->setEnabled(false);
             box->setToolTip(tr(kNoCdRateTooltip));
         }
+        // Room after the longest name, so the text does not end at the edge.
+        box->setMinimumWidth(box->sizeHint().width() + 16);
         auto* action = new QWidgetAction(m_devicesMenu);
         action->setDefaultWidget(box);
         action->setToolTip(box->toolTip());

@@ -24,6 +24,8 @@ AttributesMenu::AttributesMenu(const QStringList& columnNames, QTableView* view,
         box->setFont(f);
         box->setCheckable(true);
         box->setChecked(m_view && !m_view->isColumnHidden(i));
+        // Room after the longest name, so the text does not end at the edge.
+        box->setMinimumWidth(box->sizeHint().width() + 16);
         action->setDefaultWidget(box);
         addAction(action);
         m_boxes.append(box);

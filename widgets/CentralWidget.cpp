@@ -10,6 +10,29 @@ CentralWidget::CentralWidget(QWidget* parent) : QWidget(parent)
         setObjectName(QStringLiteral("centralWidget"));
 }
 
+void CentralWidget::setCornerWidget(QWidget* widget)
+{
+    m_corner = widget;
+    if (!m_corner)
+        return;
+    m_corner->setParent(this);
+    m_corner->resize(m_corner->sizeHint());
+    m_corner->raise();
+    placeCornerWidget();
+}
+
+void CentralWidget::placeCornerWidget()
+{
+    if (m_corner)
+        m_corner->move(width() - m_corner->width() - 1, height() - m_corner->height() - 1);
+}
+
+void CentralWidget::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    placeCornerWidget();
+}
+
 void CentralWidget::paintEvent(QPaintEvent*)
 {
     QPainter p(this);

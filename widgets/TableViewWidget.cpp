@@ -25,6 +25,10 @@ namespace {
 
 const char* const kInfoButtonName = "infoButton";
 const char* const kExportButtonName = "exportButton";
+// Room between the export button and the next column's text, and after
+// each header text, so that neither runs into its neighbour.
+constexpr int kButtonGap = 6;
+constexpr int kColumnPadding = 12;
 
 void makeTransparent(QWidget* widget)
 {
@@ -150,6 +154,8 @@ void TableViewWidget::installHeader()
     m_tableView->setHorizontalHeader(m_header);
     m_header->setVisible(true);
     m_tableView->resizeColumnsToContents();
+    for (int c = 2; c < m_header->count(); ++c)
+        m_tableView->setColumnWidth(c, m_tableView->columnWidth(c) + kColumnPadding);
 }
 
 void TableViewWidget::restoreHeaderState()
@@ -198,7 +204,7 @@ void TableViewWidget::buildRowWidgets()
     m_rowBuilt.clear();
     if (m_proxyModel->columnCount() < 2)
         return;
-    const int w1 = m_tableView->columnWidth(1) + 20;
+    const int w1 = m_tableView->columnWidth(1) + 20 + kButtonGap;
     m_tableView->setColumnWidth(1, w1);
     m_buttonCellWidth = w1;
 
@@ -246,7 +252,7 @@ void TableViewWidget::buildRowWidgets(int r)
     auto* cell = new QWidget(m_tableView);
     cell->setFixedSize(m_buttonCellWidth, h);
 
-    QToolButton* info = makeRowButton(cell, cell->width() - 39);
+    QToolButton* info = makeRowButton(cell, cell->width() - 39 - kButtonGap);
     info->setObjectName(QLatin1String(kInfoButtonName));
     info->setCheckable(true);
     info->setIcon(m_infoIcon);
@@ -257,7 +263,7 @@ void TableViewWidget::buildRowWidgets(int r)
     const bool isTrack = m_drawInfo && std::size_t(r) < m_drawInfo->indexList().size() &&
                          m_drawInfo->indexList()[std::size_t(r)] == 1;
     if (isTrack) {
-        QToolButton* save = makeRowButton(cell, cell->width() - 19);
+        QToolButton* save = makeRowButton(cell, cell->width() - 19 - kButtonGap);
         save->setObjectName(QLatin1String(kExportButtonName));
         save->setIcon(m_exportIcon);
         save->setToolTip(tr("Export as WAV"));

@@ -34,6 +34,8 @@ void TransportWidget::setupUi()
         setObjectName(QStringLiteral("TransportWidget"));
     m_horizontalLayout = new QHBoxLayout(this);
     m_horizontalLayout->setObjectName(QStringLiteral("horizontalLayout"));
+    // Only the volume beside it sets the row's height; no band under them.
+    m_horizontalLayout->setContentsMargins(6, 2, 6, 2);
     m_backButton = makeButton("backButton", ":/back_icon");
     m_nextButton = makeButton("nextButton", ":/next_icon");
     m_stopButton = makeButton("stopButton", ":/stop_icon");

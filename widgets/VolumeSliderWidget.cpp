@@ -19,6 +19,7 @@ void VolumeSliderWidget::setupUi()
     m_verticalLayout = new QVBoxLayout(this);
     m_verticalLayout->setObjectName(QStringLiteral("verticalLayout"));
     m_verticalLayout->setSpacing(0);
+    m_verticalLayout->setContentsMargins(9, 2, 9, 4);
     m_verticalLayout2 = new QVBoxLayout();
     m_verticalLayout2->setObjectName(QStringLiteral("verticalLayout_2"));
     m_verticalLayout2->setSpacing(0);

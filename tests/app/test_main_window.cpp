@@ -482,6 +482,29 @@ private slots:
         QCOMPARE(time->text(), QStringLiteral("00:00"));
     }
 
+    // At the smallest window the table still shows two whole rows: the size
+    // grip rides in the corner and no empty band sits under the transport.
+    void theTableGetsTheRoomAtTheSmallestSize()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        window.openPath(m_disc);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        window.resize(window.minimumSize());
+        QTest::qWait(50);
+        QTableView* view = window.tableViewWidget()->tableView();
+        QVERIFY2(view->viewport()->height() >= 2 * view->rowHeight(0),
+                 qPrintable(QString::number(view->viewport()->height())));
+        // Each header text has room after it.
+        const QFontMetrics metrics(window.tableViewWidget()->header()->font());
+        for (int c = 2; c < 6; ++c) {
+            const QString text = view->model()->headerData(c, Qt::Horizontal).toString();
+            QVERIFY2(view->columnWidth(c) >= metrics.horizontalAdvance(text) + 16,
+                     qPrintable(text));
+        }
+    }
+
     // The largest disc the loader takes, 99 tracks of 99 indexes (some 9 900
     // rows), is on screen in well under a second: the row buttons are made
     // for the rows in view, not for every row.

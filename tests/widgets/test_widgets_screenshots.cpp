@@ -5,6 +5,7 @@
 // something cannot be rendered or written.
 
 #include "app/ErrorDialog.h"
+#include "app/MainWindow.h"
 #include "app/MenuBar.h"
 #include "app/SampleRateErrorDialog.h"
 #include "audio/IDeviceSetup.h"
@@ -199,6 +200,31 @@ private slots:
             QVERIFY(QTest::qWaitForWindowExposed(&window.central));
             save(window.central, QStringLiteral("window-loaded-%1").arg(size.width()));
             save(*window.table, QStringLiteral("table-%1").arg(size.width()));
+        }
+    }
+
+    // The real window with a disc loaded, at its smallest and at a common
+    // working size.
+    void mainWindowSizes()
+    {
+        // Without a sound device the window reports it in a box: close it.
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, [] {
+            if (QWidget* modal = QApplication::activeModalWidget())
+                modal->close();
+        });
+        answer.start(20);
+        MainWindow window;
+        window.openPath(m_discDir.path());
+        window.model()->setCurrentRow(3);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        for (const QSize size :
+             {window.minimumSizeHint().expandedTo(window.minimumSize()), QSize(1000, 760)}) {
+            window.resize(size);
+            QTest::qWait(50);
+            save(window,
+                 QStringLiteral("main-window-%1x%2").arg(window.width()).arg(window.height()));
         }
     }
 

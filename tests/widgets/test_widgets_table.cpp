@@ -130,7 +130,7 @@ private slots:
         QVERIFY(widget->exportButton(1) && !widget->exportButton(0));
         // And the Track column still snaps back to its buttons.
         widget->tableView()->setColumnWidth(1, 10);
-        QCOMPARE(widget->tableView()->columnWidth(1), 70);
+        QCOMPARE(widget->tableView()->columnWidth(1), 76);
     }
 
     void buttonsPerRowKind()
@@ -146,12 +146,13 @@ private slots:
         QVERIFY(!widget->infoButton(4) && !widget->exportButton(4));
         QVERIFY(!widget->tableView()->indexWidget(widget->proxyModel()->index(4, 0)));
 
-        // Both buttons sit at the right end of the Track cell, 20 pixels wide.
+        // Both buttons sit at the right end of the Track cell, 20 pixels
+        // wide, 6 pixels short of the next column's text.
         const int cellWidth = widget->tableView()->columnWidth(1);
-        QCOMPARE(cellWidth, 70);
+        QCOMPARE(cellWidth, 76);
         QCOMPARE(widget->infoButton(1)->geometry(),
-                 QRect(cellWidth - 39, 0, 20, widget->tableView()->rowHeight(1)));
-        QCOMPARE(widget->exportButton(1)->x(), cellWidth - 19);
+                 QRect(cellWidth - 45, 0, 20, widget->tableView()->rowHeight(1)));
+        QCOMPARE(widget->exportButton(1)->x(), cellWidth - 25);
         QVERIFY(widget->infoButton(1)->isCheckable());
         QVERIFY(!widget->exportButton(1)->isCheckable());
 
@@ -180,7 +181,7 @@ private slots:
         Disc disc({1, 1});
         auto widget = loaded(disc);
         widget->tableView()->setColumnWidth(1, 30);
-        QCOMPARE(widget->tableView()->columnWidth(1), 70);
+        QCOMPARE(widget->tableView()->columnWidth(1), 76);
         widget->tableView()->setColumnWidth(1, 120);
         QCOMPARE(widget->tableView()->columnWidth(1), 120);
     }
@@ -286,7 +287,7 @@ private slots:
         QCOMPARE(widget->header()->visualIndex(11), 2);
         // The fixed columns are set after the restore, so they always win.
         QCOMPARE(widget->tableView()->columnWidth(0), 70);
-        QCOMPARE(widget->tableView()->columnWidth(1), 70);
+        QCOMPARE(widget->tableView()->columnWidth(1), 76);
         AttributesMenu menu(trackTableHeaderNames(), widget->tableView());
         QVERIFY(!menu.checkBox(7)->isChecked());
     }
