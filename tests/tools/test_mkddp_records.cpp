@@ -147,6 +147,40 @@ private slots:
         QCOMPARE(field(pqBytes(spec), 64 + 20, 12), QByteArray(12, ' '));
     }
 
+    // The variants other authoring tools write, which the reader must take:
+    // each option has to reach the bytes, or the reader's tests prove nothing.
+    void authoringToolVariants()
+    {
+        DiscSpec spec = simpleDisc(2, 5);
+        const int pairCount = int(pqBytes(spec).size() / 64);
+        spec.leadOutEntries = 1;
+        spec.blankHours = true;
+        spec.pqControl = "0S";
+        const QByteArray pq = pqBytes(spec);
+        QCOMPARE(int(pq.size() / 64), pairCount - 1);
+        QCOMPARE(field(pq, pq.size() - 64 + 4, 4), QByteArray("AA01"));
+        QCOMPARE(field(pq, pq.size() - 128 + 4, 2), QByteArray("02"));
+        for (int i = 0; i < pq.size(); i += 64) {
+            QCOMPARE(field(pq, i + 8, 2), QByteArray("  "));
+            QCOMPARE(field(pq, i + 16, 4), QByteArray("0S  "));
+        }
+
+        spec.ddpLevel = "DDP 1.01";
+        const QByteArray id = ddpidBytes(spec);
+        QCOMPARE(id.size(), 128);
+        QCOMPARE(field(id, 0, 8), QByteArray("DDP 1.01"));
+        QCOMPARE(field(id, 8, 13), spec.upcEan);
+        QVERIFY(field(id, 87, 2) != "DA"); // no media type field in 1.01
+        spec.faults = {Fault::DdpidBadTag};
+        QVERIFY(!ddpidBytes(spec).startsWith("DDP "));
+
+        DiscSpec longText = simpleDisc(3, 5);
+        putLongCdText(longText);
+        QVERIFY(cdTextBytes(longText).size() / 18 > 256);
+        QCOMPARE(longText.tracks[2].text.message.size(), 150);
+        QVERIFY(longText.tracks[2].text.message.startsWith(QStringLiteral("Message of track 3")));
+    }
+
     void expectedTable()
     {
         // Just the lead-in and two lead-out entries: nothing to show.
