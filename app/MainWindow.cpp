@@ -9,6 +9,7 @@
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFolderCheck.h"
 #include "ddp/DdpLoader.h"
+#include "ddp/ImageLayout.h"
 #include "ddp/Settings.h"
 #include "export/WavExport.h"
 #include "widgets/AboutDialog.h"
@@ -306,9 +307,9 @@ LoadResult MainWindow::load(const QDir& folder)
 
     m_loadedFolder = folder.absolutePath();
     m_player.setTrackSource(m_model);
-    const QString image =
-        resolveDdpFile(folder.absolutePath(), QString::fromStdString(m_model->imageFileName()));
-    m_player.load(QFileInfo(image).absoluteFilePath(), {});
+    // Every audio stream of the disc, opened now: a file swapped or removed
+    // later is still read as it was loaded.
+    m_player.load(openDiscImage(folder.absolutePath(), m_model->imageLayout()), {});
     startDisplayTimer();
     refreshDisplay();
     setPlayable(true);

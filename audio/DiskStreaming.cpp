@@ -61,6 +61,13 @@ void DiskStreaming::openFile(const QString& path, std::function<void()> endOfFil
     m_position.samplePosition.store(0);
 }
 
+void DiskStreaming::openImage(std::shared_ptr<const DiscImage> image,
+                              std::function<void()> endOfFile)
+{
+    m_reader.openImage(std::move(image), std::move(endOfFile));
+    m_position.samplePosition.store(0);
+}
+
 void DiskStreaming::play()
 {
     m_meterResetRequested.store(true, std::memory_order_release);

@@ -94,6 +94,7 @@ public:
 
     // GUI thread.
     void openFile(const QString& path, std::function<void()> endOfFile);
+    void openImage(std::shared_ptr<const DiscImage> image, std::function<void()> endOfFile);
     void play();
     void pause();
     void stop();

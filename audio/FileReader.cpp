@@ -1,7 +1,5 @@
 #include "audio/FileReader.h"
 
-#include "ddp/RegularFile.h"
-
 namespace Audio {
 
 FileReader::FileReader(DoubleBuffer& buffer) : m_buffer(buffer), m_bytes(kPreloadChunkBytes) {}
@@ -19,15 +17,22 @@ FileReader::~FileReader()
 
 void FileReader::openFile(const QString& path, std::function<void()> endOfFile)
 {
+    // Only a regular file is opened: a pipe at the image's name would block
+    // the GUI.
+    openImage(DiscImage::openFile(path), std::move(endOfFile));
+}
+
+void FileReader::openImage(std::shared_ptr<const DiscImage> image, std::function<void()> endOfFile)
+{
+    std::shared_ptr<const DiscImage> old;
     {
         std::lock_guard<std::mutex> lock(m_dataMutex);
         m_endOfFile = std::move(endOfFile);
-        if (m_file.isOpen())
-            m_file.close();
-        // A file that does not open simply reads as empty. Only a regular
-        // file is opened: a pipe at the image's name would block the GUI.
-        (void)openRegularFile(m_file, path);
+        old = std::move(m_image);
+        m_image = std::move(image);
     }
+    // The old image's files close here, outside the lock.
+    old.reset();
     if (!m_thread.joinable())
         m_thread = std::thread(&FileReader::run, this);
     wakeLocked();
@@ -170,10 +175,10 @@ int FileReader::claimSlot()
 
 std::uint32_t FileReader::readChunk(std::uint32_t offset, std::uint32_t length, float* out)
 {
-    if (!m_file.isOpen() || !m_file.seek(offset))
+    if (!m_image)
         return 0;
-    const qint64 got = m_file.read(m_bytes.data(), length);
-    if (got <= 0)
+    const std::uint64_t got = m_image->read(offset, m_bytes.data(), length);
+    if (got == 0)
         return 0;
     return convertSamples(m_bytes.data(), static_cast<std::uint32_t>(got), out);
 }

@@ -3,7 +3,8 @@
 #include "audio/DoubleBuffer.h"
 #include "audio/StreamingConstants.h"
 
-#include <QFile>
+#include "ddp/DiscImage.h"
+
 #include <QString>
 
 #include <array>
@@ -47,7 +48,11 @@ public:
     FileReader& operator=(const FileReader&) = delete;
 
     // GUI thread. Starts the reader thread on first use; the callback runs
-    // on the reader thread after every pass that found the file at its end.
+    // on the reader thread after every pass that found the image at its end.
+    // A null image reads as empty.
+    void openImage(std::shared_ptr<const DiscImage> image, std::function<void()> endOfFile);
+    // The same for one whole file (the usual DDP); a file that cannot be
+    // opened reads as empty.
     void openFile(const QString& path, std::function<void()> endOfFile);
 
     // Any thread, lock-free: read on from `offset` (rounded down to a frame).
@@ -85,11 +90,11 @@ private:
 
     DoubleBuffer& m_buffer;
 
-    // Guards the file, its name and the reader's private offsets. Locked by
+    // Guards the image pointer and the reader's private offsets. Locked by
     // the reader while it fills and by the GUI thread for preload and
-    // openFile. Always taken after m_waitMutex when both are held.
+    // openImage. Always taken after m_waitMutex when both are held.
     std::mutex m_dataMutex;
-    QFile m_file;
+    std::shared_ptr<const DiscImage> m_image;
     std::function<void()> m_endOfFile;
     std::vector<char> m_bytes; // read buffer, sized once
     // Reader thread's own view of the requests (under m_dataMutex).

@@ -207,6 +207,11 @@ void Player::setTrackSource(std::shared_ptr<IDescListProvider> source)
 
 void Player::load(const QString& imagePath, std::function<void()> endOfFile)
 {
+    load(DiscImage::openFile(imagePath), std::move(endOfFile));
+}
+
+void Player::load(std::shared_ptr<const DiscImage> image, std::function<void()> endOfFile)
+{
     if (!m_source)
         return;
     bool firstRowPause = false;
@@ -220,7 +225,7 @@ void Player::load(const QString& imagePath, std::function<void()> endOfFile)
     m_currentTrackNumber.store(2 - firstTrackOffset());
     m_nextGuard.store(true);
     m_previousGuard.store(true);
-    m_streaming.openFile(imagePath, std::move(endOfFile));
+    m_streaming.openImage(std::move(image), std::move(endOfFile));
     m_streaming.setCurrentSampleInFile(static_cast<std::int32_t>(segmentStart(2)));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ddp/DiscImage.h"
+
 #include "audio/DiskStreaming.h"
 #include "audio/IAudioPlayerTransport.h"
 #include "audio/IDeviceSetup.h"
@@ -54,6 +56,9 @@ public:
     // IStreamingSetup
     void setTrackSource(std::shared_ptr<IDescListProvider> source) override;
     void load(const QString& imagePath, std::function<void()> endOfFile) override;
+    // The same for the disc's audio as the loader laid it out (several
+    // streams, or a file in an archive); null plays nothing.
+    void load(std::shared_ptr<const DiscImage> image, std::function<void()> endOfFile);
     void selectTrack(std::int32_t trackNumber) override;
     int seek(double fraction) override;
     void setVolume(double gain) override { m_streaming.setVolume(gain); }

@@ -5,6 +5,7 @@
 #include "ddp/IDrawInfoProvider.h"
 #include "ddp/IMetaDataProvider.h"
 #include "ddp/ITrackNumberModel.h"
+#include "ddp/ImageLayout.h"
 #include "ddp/PqEntry.h"
 
 #include <cstdint>
@@ -63,6 +64,10 @@ public:
         m_imageNeeded = needed;
     }
     std::uint64_t imageSize() const { return m_imageSize; }
+    // Where the audio lies: the map's audio streams in disc order, and the
+    // streams left out because they are not audio.
+    void setImageLayout(ImageLayout layout) { m_imageLayout = std::move(layout); }
+    const ImageLayout& imageLayout() const { return m_imageLayout; }
     std::uint64_t imageShortBy() const
     {
         return m_imageNeeded > m_imageSize ? m_imageNeeded - m_imageSize : 0;
@@ -87,4 +92,5 @@ private:
     std::string m_ddpIdUpcEan;
     std::uint64_t m_imageSize = 0;
     std::uint64_t m_imageNeeded = 0;
+    ImageLayout m_imageLayout;
 };

@@ -4,6 +4,7 @@
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileSource.h"
 #include "ddp/DdpImageReader.h"
+#include "ddp/ImageLayout.h"
 #include "ddp/TrackTable.h"
 
 #include <QStandardItemModel>
@@ -55,7 +56,8 @@ struct LoadedDisc
     TrackTableRows rows;
     std::string imageName;
     std::string ddpIdUpcEan;
-    std::uint64_t imageSize = 0;
+    ImageLayout layout;
+    std::string imageMessage;
     // The table and the model are filled even without an image, so that the
     // engineer still sees the disc behind the error.
     bool imageMissing = false;
@@ -87,12 +89,15 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
         return loadResult(ErrorKind::PqdescrInvalid, e.what());
     }
 
-    disc.imageName = reader.imageFileName();
     disc.ddpIdUpcEan = std::string(reader.idRecord().upcEan());
-    const std::optional<std::uint64_t> size =
-        disc.imageName.empty() ? std::nullopt : source.fileSize(disc.imageName);
-    disc.imageMissing = !size;
-    disc.imageSize = size.value_or(0);
+    LayoutResult layout = buildImageLayout(reader.mapPackets(), source);
+    if (layout.status == LayoutResult::Invalid)
+        return loadResult(ErrorKind::DdpmsInvalid, layout.message);
+    disc.layout = std::move(layout.layout);
+    disc.imageName =
+        disc.layout.streams.empty() ? reader.imageFileName() : disc.layout.streams.front().name;
+    disc.imageMissing = layout.status != LayoutResult::Ok;
+    disc.imageMessage = std::move(layout.message);
     return loadResult(ErrorKind::NoError);
 }
 
@@ -125,7 +130,8 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
             model.appendIndex(index);
         model.setImageFileName(std::move(disc.imageName));
         model.setDdpIdUpcEan(std::move(disc.ddpIdUpcEan));
-        model.setImageExtent(disc.imageSize, pqAudioBytes(model.entries()));
+        model.setImageExtent(disc.layout.length(), pqAudioBytes(model.entries()));
+        model.setImageLayout(std::move(disc.layout));
         fillTable(table, disc.rows);
     } catch (const std::exception& e) {
         // Only running out of memory gets here.
@@ -133,7 +139,7 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
         return loadResult(ErrorKind::UnknownError, e.what());
     }
     if (disc.imageMissing)
-        return loadResult(ErrorKind::ImageMissing);
+        return loadResult(ErrorKind::ImageMissing, disc.imageMessage);
     return result;
 }
 

@@ -1,5 +1,7 @@
 #include "ddp/ErrorTexts.h"
 
+#include "ddp/DdpFileLookup.h"
+#include "ddp/ImageLayout.h"
 #include "ddp/PqEntry.h"
 
 #include <QCoreApplication>
@@ -139,4 +141,10 @@ QString imageShortText(std::uint64_t missingBytes)
                           "says; the end of the disc is missing.")
         .arg(missingBytes)
         .arg(seconds, 0, 'f', 2);
+}
+
+QString skippedStreamText(const SkippedStream& stream)
+{
+    return QStringLiteral("%1 is left out: its data mode %2 is not audio (a data session).")
+        .arg(ddpFileNameFromBytes(stream.name), QString::fromLatin1(stream.mode.c_str()).trimmed());
 }

@@ -20,3 +20,7 @@ QString plainErrorText(ErrorKind kind, const std::string& message = {});
 // "The audio image is 1234567 bytes (7.00 s) shorter than the PQ descriptor
 // says; the end of the disc is missing."
 QString imageShortText(std::uint64_t missingBytes);
+
+struct SkippedStream;
+// "DATA.DAT is left out: its data mode M1 is not audio (a data session)."
+QString skippedStreamText(const SkippedStream& stream);

@@ -13,9 +13,14 @@ struct MapPacket
 
     static MapPacket fromBytes(std::string_view data); // zero-fills a short packet
 
-    std::string_view tag() const { return field(0, 4); }                // "VVVM"
-    std::string_view dataStreamType() const { return field(4, 2); }     // "D0": audio
+    std::string_view tag() const { return field(0, 4); }            // "VVVM"
+    std::string_view dataStreamType() const { return field(4, 2); } // "D0": audio
+    std::string_view startSector() const
+    {
+        return field(22, 8);
+    } // digits: the stream's first sector
     std::string_view subcodeDescriptor() const { return field(30, 8); } // "PQ DESCR", "CDTEXT  "
+    std::string_view cdMode() const { return field(38, 2); }            // "DA": audio
     std::string_view dataStreamIdentifier() const { return field(74, 17); } // the file name
 
     std::string_view field(std::size_t offset, std::size_t width) const

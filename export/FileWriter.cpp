@@ -2,7 +2,7 @@
 
 #include "export/WavHeader.h"
 
-#include "ddp/RegularFile.h"
+#include "ddp/DiscImage.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -65,17 +65,12 @@ QString FileWriter::writeFailure(QFile& out)
     return tr("Could not write \"%1\": %2").arg(m_outputPath, detail);
 }
 
-QString FileWriter::imageFailure(QFile& image, const QString& readError)
+QString FileWriter::imageFailure(const QString& readError)
 {
     // An image cut short while it is read ends here, mapped or not.
-    if (image.size() < m_end)
-        return tr("The audio image \"%1\" became shorter during the export (%2 bytes, the "
-                  "track needs %3); \"%4\" was not written.")
-            .arg(m_imagePath)
-            .arg(image.size())
-            .arg(m_end)
-            .arg(m_outputPath);
-    return readError;
+    return tr("%1 It holds fewer bytes than when the export began, or the disk refused a "
+              "read; \"%2\" was not written.")
+        .arg(readError, m_outputPath);
 }
 
 QString FileWriter::createTemporaryFile(QFile& out)
@@ -133,41 +128,46 @@ QString FileWriter::copyRange()
             .arg(m_start)
             .arg(m_end);
 
-    // Writing over the image would destroy the master the WAV comes from.
-    const QString imageFile = QFileInfo(m_imagePath).canonicalFilePath();
-    if (!imageFile.isEmpty() && QFileInfo(m_outputPath).canonicalFilePath() == imageFile)
-        return tr("\"%1\" is the disc's audio image; choose another name for the WAV file.")
-            .arg(m_outputPath);
-
     // The image stays open until the range is written: the range may be its
-    // mapped pages. Only a regular file is read: a pipe would never end.
-    QFile image;
-    QString reason;
-    if (!openRegularFile(image, m_imagePath, &reason))
-        return tr("Could not open the audio image \"%1\": %2").arg(m_imagePath, reason);
+    // mapped pages. Only regular files are read: a pipe would never end.
+    std::shared_ptr<const DiscImage> image = m_image;
+    if (!image) {
+        QString reason;
+        image = DiscImage::openFile(m_imagePath, &reason);
+        if (!image)
+            return tr("Could not open the audio image \"%1\": %2").arg(m_imagePath, reason);
+    }
+    // Writing over the image would destroy the master the WAV comes from.
+    const QString output = QFileInfo(m_outputPath).canonicalFilePath();
+    for (const DiscImage::Segment& segment : image->segments()) {
+        if (!output.isEmpty() && segment.kind == DiscImage::Segment::Kind::File &&
+            QFileInfo(segment.path).canonicalFilePath() == output)
+            return tr("\"%1\" is the disc's audio image; choose another name for the WAV file.")
+                .arg(m_outputPath);
+    }
     // A track the image does not hold in full would be written as silence
     // behind a success: it is an error for that track.
-    if (image.size() < m_end)
+    if (image->length() < static_cast<std::uint64_t>(m_end))
         return tr("\"%1\" was not written: the track needs bytes %2 to %3 of the audio image "
                   "\"%4\", which holds only %5 bytes.")
             .arg(m_outputPath)
             .arg(m_start)
             .arg(m_end)
             .arg(m_imagePath)
-            .arg(image.size());
+            .arg(image->length());
     struct Release
     {
         ImageRange& range;
         ~Release() { range.release(); }
     } release{m_range};
-    if (!m_range.reset(image, m_start, length))
+    if (!m_range.reset(*image, m_start, length))
         return tr("Not enough memory to export %1 bytes.").arg(length);
 
     const QString readError = tr("Could not read the audio image \"%1\".").arg(m_imagePath);
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
         if (!m_range.load(done, piece))
-            return imageFailure(image, readError);
+            return imageFailure(readError);
         if (cancelled())
             return tr("The export was cancelled.");
         if (piece == kPieceSize) {
@@ -204,10 +204,11 @@ QString FileWriter::copyRange()
     for (qint64 done = 0; done < length; done += kPieceSize) {
         const qint64 piece = std::min(kPieceSize, length - done);
         if (!m_range.writeTo(out, done, piece)) {
-            if (image.size() < m_end) {
+            // EFAULT: mapped pages of an image cut short meanwhile.
+            if (errno == EFAULT) {
                 out.close();
                 removeOwnFile(out, direct);
-                return imageFailure(image, readError);
+                return imageFailure(readError);
             }
             return writeFailure(out);
         }

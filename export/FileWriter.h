@@ -2,9 +2,13 @@
 
 #include "export/ImageRange.h"
 
+class DiscImage;
+
 #include <QFile>
 #include <QObject>
 #include <QString>
+
+#include <memory>
 
 // The base of the export workers. A worker is made on the GUI thread, moved to
 // the exporter's worker thread and run there by `process()`; it has no widgets
@@ -27,6 +31,9 @@ public:
 
     FileWriter(QString outputPath, QString imagePath, qint64 start, qint64 end,
                QObject* parent = nullptr);
+    // The disc's audio as the loader laid it out; without it the image path
+    // is opened as one whole file. The path names the image in messages.
+    void setImage(std::shared_ptr<const DiscImage> image) { m_image = std::move(image); }
 
 signals:
     // A value on the two-phase scale: 0 to 10000 while reading the range,
@@ -53,6 +60,7 @@ protected:
 
     QString m_outputPath;
     QString m_imagePath;
+    std::shared_ptr<const DiscImage> m_image;
     qint64 m_start = 0;
     qint64 m_end = 0;
     qint64 m_bytesProcessed = 0;
@@ -61,7 +69,7 @@ protected:
 private:
     void reportProgress(qint64 length);
     QString writeFailure(QFile& out);
-    QString imageFailure(QFile& image, const QString& readError);
+    QString imageFailure(const QString& readError);
     QString createTemporaryFile(QFile& out);
     QString replaceTarget();
     void removeOwnFile(QFile& out, bool direct);

@@ -1,10 +1,11 @@
 #include "export/ImageRange.h"
 
+#include "ddp/DiscImage.h"
+
 #include <QFile>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #ifdef Q_OS_LINUX
 #include <cerrno>
@@ -14,30 +15,23 @@
 
 namespace {
 
-// Zeros to write where the range runs past the image's end.
-constexpr qint64 kZeroBlock = 65536;
-const char kZeros[kZeroBlock] = {};
-
 bool writeAll(QFile& out, const char* data, qint64 size)
 {
     return out.write(data, size) == size;
 }
 
-bool writeZeros(QFile& out, qint64 size)
+#ifdef Q_OS_LINUX
+std::uint64_t pageSize()
 {
-    for (qint64 done = 0; done < size; done += kZeroBlock) {
-        if (!writeAll(out, kZeros, std::min(kZeroBlock, size - done)))
-            return false;
-    }
-    return true;
+    static const std::uint64_t page = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+    return page;
 }
 
-#ifdef Q_OS_LINUX
 // Makes the mapped pages resident without touching them from user space.
 // Returns 0, or the errno of madvise (EINVAL on kernels before 5.14).
-int populate(const uchar* data, qint64 size)
+int populate(const char* data, qint64 size)
 {
-    static const std::uintptr_t page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const std::uintptr_t page = pageSize();
     const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(data) / page * page;
     const std::uintptr_t end =
         reinterpret_cast<std::uintptr_t>(data) + static_cast<std::uintptr_t>(size);
@@ -54,21 +48,46 @@ ImageRange::~ImageRange()
     release();
 }
 
-bool ImageRange::reset(QFile& image, qint64 start, qint64 length)
+bool ImageRange::mapRange(qint64 start, qint64 length)
+{
+#ifdef Q_OS_LINUX
+    const std::size_t segment = m_image->segmentAt(static_cast<std::uint64_t>(start));
+    if (segment >= m_image->segments().size())
+        return false;
+    const DiscImage::Segment& s = m_image->segments()[segment];
+    const std::uint64_t inSegment =
+        static_cast<std::uint64_t>(start) - m_image->segmentStart(segment);
+    const int fd = m_image->fileDescriptor(segment);
+    if (fd < 0 || inSegment + static_cast<std::uint64_t>(length) > s.length)
+        return false; // silence, or a range across streams: the buffer reads it
+    const std::uint64_t fileOffset = s.fileOffset + inSegment;
+    const std::uint64_t aligned = fileOffset / pageSize() * pageSize();
+    const std::size_t size = static_cast<std::size_t>(fileOffset - aligned + length);
+    void* base = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, fd, static_cast<off_t>(aligned));
+    if (base == MAP_FAILED)
+        return false;
+    m_mapBase = base;
+    m_mapSize = size;
+    m_map = static_cast<const char*>(base) + (fileOffset - aligned);
+    if (populate(m_map, 0) == EINVAL) {
+        release(); // no MADV_POPULATE_READ here: read into the buffer
+        return false;
+    }
+    return true;
+#else
+    Q_UNUSED(start)
+    Q_UNUSED(length)
+    return false;
+#endif
+}
+
+bool ImageRange::reset(const DiscImage& image, qint64 start, qint64 length)
 {
     release();
     m_image = &image;
     m_start = start;
     m_length = length;
-    m_inImage = std::clamp<qint64>(image.size() - start, 0, length);
-#ifdef Q_OS_LINUX
-    if (m_mappingAllowed && m_inImage > 0) {
-        m_map = image.map(start, m_inImage);
-        if (m_map && populate(m_map, 0) == EINVAL)
-            release(); // no MADV_POPULATE_READ here: read into the buffer
-    }
-#endif
-    if (m_map)
+    if (m_mappingAllowed && length > 0 && mapRange(start, length))
         return true;
     if (length > m_capacity || !m_buffer) {
         m_buffer.reset();
@@ -85,43 +104,26 @@ bool ImageRange::reset(QFile& image, qint64 start, qint64 length)
 bool ImageRange::load(qint64 offset, qint64 size)
 {
 #ifdef Q_OS_LINUX
-    if (m_map) {
-        const qint64 mapped = std::min(size, m_inImage - offset);
-        return mapped <= 0 || populate(m_map + offset, mapped) == 0;
-    }
+    if (m_map)
+        return size <= 0 || populate(m_map + offset, size) == 0;
 #endif
-    return readIntoBuffer(offset, size);
-}
-
-bool ImageRange::readIntoBuffer(qint64 offset, qint64 size)
-{
-    char* data = m_buffer.get() + offset;
-    if (!m_image->seek(m_start + offset))
-        return false;
-    qint64 done = 0;
-    while (done < size) {
-        const qint64 got = m_image->read(data + done, size - done);
-        if (got < 0)
-            return false;
-        if (got == 0)
-            return false; // cut short: never pass silence off as audio
-        done += got;
-    }
-    return true;
+    // Cut short: never pass silence off as audio.
+    return m_image->read(static_cast<std::uint64_t>(m_start + offset), m_buffer.get() + offset,
+                         static_cast<std::uint64_t>(size)) == static_cast<std::uint64_t>(size);
 }
 
 bool ImageRange::writeTo(QFile& out, qint64 offset, qint64 size)
 {
-    if (!m_map)
-        return writeAll(out, m_buffer.get() + offset, size);
-    const qint64 mapped = std::clamp<qint64>(m_inImage - offset, 0, size);
-    return writeAll(out, reinterpret_cast<const char*>(m_map) + offset, mapped) &&
-           writeZeros(out, size - mapped);
+    return writeAll(out, (m_map ? m_map : m_buffer.get()) + offset, size);
 }
 
 void ImageRange::release()
 {
-    if (m_map && m_image)
-        m_image->unmap(m_map);
+#ifdef Q_OS_LINUX
+    if (m_mapBase)
+        ::munmap(m_mapBase, m_mapSize);
+#endif
+    m_mapBase = nullptr;
+    m_mapSize = 0;
     m_map = nullptr;
 }

@@ -5,19 +5,21 @@
 #include <cstdlib>
 #include <memory>
 
+class DiscImage;
 class QFile;
 
-// One byte range of the audio image, held in memory whole between the read
+// One byte range of the disc's audio, held in memory whole between the read
 // phase and the write phase of an export. The caller checks that the image
 // holds the whole range; an image that shrinks meanwhile makes a load or a
 // write fail, never reads as zeros.
 //
-// On Linux the range is the image's own pages, mapped and made resident piece
-// by piece, and the write copies them straight into the output file. Reading
-// into a buffer of our own first was a second pass over every byte: a disc
-// took two to four times as long as a plain copy of its image. Elsewhere, or
-// when the system refuses the mapping, the range is read into a buffer, which
-// is kept for the next range so that a whole disc pays for fresh pages once.
+// On Linux a range that lies in one file is that file's own pages, mapped and
+// made resident piece by piece, and the write copies them straight into the
+// output file. Reading into a buffer of our own first was a second pass over
+// every byte: a disc took two to four times as long as a plain copy of its
+// image. Elsewhere, for a range across several streams, or when the system
+// refuses the mapping, the range is read into a buffer, which is kept for the
+// next range so that a whole disc pays for fresh pages once.
 //
 // Only the kernel touches mapped bytes (inside read-ahead and write calls), so
 // an image cut short while it is exported ends in a read or write error, not
@@ -36,7 +38,7 @@ public:
 
     // Starts a range of `image`, which must stay open until the range is
     // written. False when there is no memory for it.
-    bool reset(QFile& image, qint64 start, qint64 length);
+    bool reset(const DiscImage& image, qint64 start, qint64 length);
     // Brings [offset, offset + size) of the range into memory.
     bool load(qint64 offset, qint64 size);
     // Writes [offset, offset + size) of the loaded range to `out` (opened
@@ -46,7 +48,7 @@ public:
     void release();
 
 private:
-    bool readIntoBuffer(qint64 offset, qint64 size);
+    bool mapRange(qint64 start, qint64 length);
 
     struct Free
     {
@@ -54,11 +56,13 @@ private:
     };
 
     bool m_mappingAllowed = true;
-    QFile* m_image = nullptr;
+    const DiscImage* m_image = nullptr;
     qint64 m_start = 0;
     qint64 m_length = 0;
-    qint64 m_inImage = 0; // how much of the range the image holds
-    uchar* m_map = nullptr;
+    // The mapping: whole pages from m_mapBase, the range from m_map.
+    void* m_mapBase = nullptr;
+    std::size_t m_mapSize = 0;
+    const char* m_map = nullptr;
     std::unique_ptr<char, Free> m_buffer;
     qint64 m_capacity = 0;
 };

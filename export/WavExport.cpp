@@ -2,6 +2,7 @@
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
+#include "ddp/ImageLayout.h"
 #include "ddp/RegularFile.h"
 #include "ddp/Settings.h"
 #include "export/ExportFileName.h"
@@ -88,11 +89,12 @@ void WavExport::exportTrack(int row, const QString& ddpFolder)
                         .arg(QString::fromStdString(e.what())));
         return;
     }
-    const QString image = imagePathOrReport(ddpFolder);
-    if (image.isEmpty())
+    const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
+    if (!image)
         return;
-    startWorker(new FileWriterOneTrack(chosen, image, range.start, range.end),
-                range.length() >= kProgressBarThreshold);
+    auto* worker = new FileWriterOneTrack(chosen, imageName(), range.start, range.end);
+    worker->setImage(image);
+    startWorker(worker, range.length() >= kProgressBarThreshold);
 }
 
 void WavExport::exportAllTracks(const QString& ddpFolder)
@@ -112,10 +114,12 @@ void WavExport::exportAllTracks(const QString& ddpFolder)
     }
     rememberParentDirectory(chosen, kDefaultExportDirKey);
 
-    const QString image = imagePathOrReport(ddpFolder);
-    if (image.isEmpty())
+    const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
+    if (!image)
         return;
-    startWorker(new FileWriterAllTracks(chosen, image, model), true);
+    auto* worker = new FileWriterAllTracks(chosen, imageName(), model);
+    worker->setImage(image);
+    startWorker(worker, true);
 }
 
 bool WavExport::canStart()
@@ -138,18 +142,25 @@ void WavExport::reportError(const QString& message)
     emit exportFailed(message);
 }
 
-QString WavExport::imagePathOrReport(const QString& ddpFolder)
+QString WavExport::imageName() const
 {
-    const QString path =
-        resolveDdpFile(ddpFolder, QString::fromStdString(m_model->imageFileName()));
-    // Empty when the map's name leads out of the DDP folder.
-    if (!regularFileSize(path)) {
-        reportError(
-            tr("The audio image \"%1\" is missing.")
-                .arg(path.isEmpty() ? QString::fromStdString(m_model->imageFileName()) : path));
-        return {};
-    }
-    return QFileInfo(path).absoluteFilePath();
+    return ddpFileNameFromBytes(m_model->imageFileName());
+}
+
+std::shared_ptr<const DiscImage> WavExport::imageOrReport(const QString& ddpFolder)
+{
+    // Every stream of the disc, opened as regular files inside its folder.
+    // A model made without the loader names its one image file only.
+    ImageLayout layout = m_model->imageLayout();
+    if (layout.streams.empty() && !m_model->imageFileName().empty())
+        layout.streams.push_back(
+            {m_model->imageFileName(), 0,
+             regularFileSize(resolveDdpFile(ddpFolder, imageName())).value_or(0)});
+    QString error;
+    std::shared_ptr<const DiscImage> image = openDiscImage(ddpFolder, layout, &error);
+    if (!image)
+        reportError(tr("The audio image \"%1\" is missing (%2).").arg(imageName(), error));
+    return image;
 }
 
 void WavExport::startWorker(FileWriter* worker, bool showProgress)

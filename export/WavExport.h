@@ -9,6 +9,7 @@
 #include <memory>
 
 class DDPModel;
+class DiscImage;
 class FileWriter;
 class QProgressBar;
 class QThread;
@@ -65,7 +66,8 @@ signals:
 private:
     bool canStart();
     void reportError(const QString& message);
-    QString imagePathOrReport(const QString& ddpFolder);
+    QString imageName() const;
+    std::shared_ptr<const DiscImage> imageOrReport(const QString& ddpFolder);
     void startWorker(FileWriter* worker, bool showProgress);
     void showProgressBar(FileWriter* worker);
     void onWorkerFailed(const QString& message);

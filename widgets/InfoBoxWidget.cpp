@@ -148,6 +148,8 @@ void InfoBoxWidget::setModel(const DDPModel& model)
         status << imageShortText(model.imageShortBy());
     if (model.hasCdText() && !model.cdText().fitsLeadIn())
         status << QString::fromStdString(model.cdText().leadInWarning());
+    for (const SkippedStream& stream : model.imageLayout().skipped)
+        status << skippedStreamText(stream);
     if (!status.isEmpty()) {
         m_statusLabel->setText(status.join(QLatin1Char('\n')));
         m_statusLabel->show();

@@ -76,6 +76,14 @@ extern "C" ssize_t read(int fd, void* buffer, size_t count)
     return real(fd, buffer, count);
 }
 
+extern "C" ssize_t pread(int fd, void* buffer, size_t count, off_t offset)
+{
+    static const auto real = next<ssize_t (*)(int, void*, size_t, off_t)>("pread");
+    if (t_counting)
+        g_audioThreadFileCalls.fetch_add(1, std::memory_order_relaxed);
+    return real(fd, buffer, count, offset);
+}
+
 extern "C" off_t lseek(int fd, off_t offset, int whence)
 {
     static const auto real = next<off_t (*)(int, off_t, int)>("lseek");

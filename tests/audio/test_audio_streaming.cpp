@@ -3,6 +3,8 @@
 // with the image sample by sample.
 #include "AudioTestSupport.h"
 
+#include "ddp/DiscImage.h"
+
 #include "audio/DiskStreaming.h"
 
 #include <QTemporaryDir>
@@ -66,15 +68,59 @@ void TestAudioStreaming::openAndPrime(DiskStreaming& streaming, std::int32_t off
 void TestAudioStreaming::sampleExactAcrossBufferSwitches_data()
 {
     QTest::addColumn<unsigned>("perCall");
+    QTest::addColumn<bool>("split");
     for (unsigned n : {1u, 255u, 256u, 1024u, 4096u})
-        QTest::addRow("%u frames", n) << n;
+        QTest::addRow("%u frames", n) << n << false;
+    // The same image as three files cut inside a sample and inside a read
+    // chunk: the streams of a split DDP must play as one.
+    QTest::addRow("split image, 256 frames") << 256u << true;
+    QTest::addRow("split image, 4096 frames") << 4096u << true;
 }
+
+namespace {
+
+// The image at `path` as three files cut at odd byte offsets.
+std::shared_ptr<const DiscImage> splitImage(const QString& path)
+{
+    QFile whole(path);
+    if (!whole.open(QIODevice::ReadOnly))
+        return nullptr;
+    const QByteArray bytes = whole.readAll();
+    const int cuts[] = {0, 40003, 40003 + 8191, int(bytes.size())};
+    std::vector<DiscImage::Segment> segments;
+    for (int k = 0; k < 3; ++k) {
+        DiscImage::Segment segment;
+        segment.kind = DiscImage::Segment::Kind::File;
+        segment.path = path + QStringLiteral(".part%1").arg(k);
+        // A file may start with bytes that are not the stream's.
+        segment.fileOffset = 7;
+        segment.length = std::uint64_t(cuts[k + 1] - cuts[k]);
+        QFile file(segment.path);
+        if (!file.open(QIODevice::WriteOnly) ||
+            file.write(QByteArray(7, 'x') + bytes.mid(cuts[k], cuts[k + 1] - cuts[k])) < 0)
+            return nullptr;
+        segments.push_back(segment);
+    }
+    return DiscImage::open(segments);
+}
+
+} // namespace
 
 void TestAudioStreaming::sampleExactAcrossBufferSwitches()
 {
     QFETCH(unsigned, perCall);
+    QFETCH(bool, split);
     DiskStreaming streaming;
-    openAndPrime(streaming);
+    if (split) {
+        const std::shared_ptr<const DiscImage> image = splitImage(m_image);
+        QVERIFY(image);
+        QCOMPARE(image->length(), std::uint64_t(kImageFrames * 4));
+        streaming.openImage(image, {});
+        streaming.setCurrentSampleInFile(0);
+        QVERIFY(streaming.waitForReader());
+    } else {
+        openAndPrime(streaming);
+    }
     streaming.play();
     const std::vector<float> out = drive(streaming, perCall, kImageFrames + 3000);
 

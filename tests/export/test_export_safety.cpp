@@ -4,6 +4,7 @@
 // image shorter than its PQ never becomes WAVs of silence behind a success.
 #include "ExportTestSupport.h"
 
+#include "ddp/DiscImage.h"
 #include "export/ImageRange.h"
 #include "tools/mkddp/Mkddp.h"
 
@@ -246,11 +247,11 @@ private slots:
         const QString imagePath = path(QStringLiteral("cut%1.dat").arg(mapped));
         const qint64 size = 4 * 1024 * 1024;
         QVERIFY(writePatternImage(imagePath, size));
-        QFile image(imagePath);
-        QVERIFY(image.open(QIODevice::ReadOnly));
+        const std::shared_ptr<const DiscImage> image = DiscImage::openFile(imagePath);
+        QVERIFY(image);
         ImageRange range;
         range.setMappingAllowed(mapped);
-        QVERIFY(range.reset(image, 0, size));
+        QVERIFY(range.reset(*image, 0, size));
         QVERIFY(range.load(0, 1024 * 1024));
         QCOMPARE(::truncate(QFile::encodeName(imagePath).constData(), 2 * 1024 * 1024), 0);
         QVERIFY(!range.load(2 * 1024 * 1024, 2 * 1024 * 1024));

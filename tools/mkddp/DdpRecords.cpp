@@ -10,25 +10,29 @@ namespace {
 constexpr int kRecordSize = 128;
 
 QByteArray mapPacket(const QByteArray& streamType, const QByteArray& subcode,
-                     const QByteArray& name, qint64 length, bool zeroPad)
+                     const QByteArray& name, qint64 length, bool zeroPad, qint64 startSector = 0,
+                     const QByteArray& cdMode = QByteArray())
 {
     QByteArray p(kRecordSize, ' ');
     putField(p, 0, 4, "VVVM");
     putField(p, 4, 2, streamType);
-    putField(p, 6, 8, digits(0, 8));       // data stream pointer
-    putField(p, 14, 8, digits(length, 8)); // data stream length
-    putField(p, 22, 8, digits(0, 8));      // data stream start
+    putField(p, 6, 8, digits(0, 8));            // data stream pointer
+    putField(p, 14, 8, digits(length, 8));      // data stream length
+    putField(p, 22, 8, digits(startSector, 8)); // data stream start
     putField(p, 30, 8, subcode);
-    putField(p, 38, 2, streamType == "D0" ? QByteArray("DA") : QByteArray()); // CD mode
-    putField(p, 40, 1, "0");                                                  // source storage mode
-    putField(p, 41, 1, "0");                                                  // scrambled
-    putField(p, 42, 4, digits(0, 4));                                         // pre-gap 1
-    putField(p, 46, 4, digits(0, 4));                                         // pre-gap 2
-    putField(p, 50, 4, digits(0, 4));                                         // post-gap
-    putField(p, 54, 1, "0");                                                  // media number
-    putField(p, 55, 2, digits(0, 2));                                         // track
-    putField(p, 57, 2, digits(0, 2));                                         // index
-    putField(p, 71, 3, digits(qMin(name.size(), 17), 3));                     // identifier size
+    putField(p, 38, 2,
+             !cdMode.isEmpty()    ? cdMode
+             : streamType == "D0" ? QByteArray("DA")
+                                  : QByteArray());
+    putField(p, 40, 1, "0");                              // source storage mode
+    putField(p, 41, 1, "0");                              // scrambled
+    putField(p, 42, 4, digits(0, 4));                     // pre-gap 1
+    putField(p, 46, 4, digits(0, 4));                     // pre-gap 2
+    putField(p, 50, 4, digits(0, 4));                     // post-gap
+    putField(p, 54, 1, "0");                              // media number
+    putField(p, 55, 2, digits(0, 2));                     // track
+    putField(p, 57, 2, digits(0, 2));                     // index
+    putField(p, 71, 3, digits(qMin(name.size(), 17), 3)); // identifier size
     putField(p, 74, 17, name, zeroPad ? '\0' : ' ');
     return p;
 }
@@ -64,8 +68,19 @@ QByteArray ddpmsBytes(const DiscSpec& spec)
         return {};
     const bool zeroPad = spec.zeroPadNames;
     QByteArray ms;
-    if (!spec.has(Fault::NoImagePacket))
-        ms += mapPacket("D0", "", spec.imageName, imageSize(spec) / kBytesPerCdFrame, zeroPad);
+    if (!spec.has(Fault::NoImagePacket)) {
+        // A single stream's length is the disc's, even where a fault cuts
+        // its file short.
+        const QVector<ImageStreamFile> streams = imageStreamFiles(spec);
+        for (const ImageStreamFile& stream : streams) {
+            const qint64 bytes = streams.size() == 1 ? imageSize(spec) : stream.end - stream.begin;
+            ms +=
+                mapPacket("D0", "", stream.name, bytes / kBytesPerCdFrame, zeroPad, stream.sector);
+        }
+    }
+    if (spec.dataStream)
+        ms += mapPacket("D0", "", kDataStreamName, kDataStreamBytes / 2048, zeroPad,
+                        spec.startSector + imageSize(spec) / kBytesPerCdFrame + 11400, "M1");
     if (spec.has(Fault::DdpmsGarbagePackets)) {
         QByteArray garbage(2 * kRecordSize, '\xA5');
         putField(garbage, 0, 4, "GARB");

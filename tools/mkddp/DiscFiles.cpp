@@ -61,9 +61,30 @@ qint64 writtenImageSize(const DiscSpec& spec)
 
 } // namespace
 
+QVector<ImageStreamFile> imageStreamFiles(const DiscSpec& spec)
+{
+    const qint64 size = writtenImageSize(spec);
+    if (spec.imageStreams <= 1)
+        return {{spec.imageName, 0, size, spec.startSector}};
+    QVector<ImageStreamFile> streams;
+    for (int k = 0; k < spec.imageStreams; ++k) {
+        ImageStreamFile stream;
+        stream.name = "IMAGE" + QByteArray::number(k + 1) + ".DAT";
+        stream.begin = k == 0 ? 0
+                              : indexPosition(spec, spec.firstTrackNumber + k, 1) +
+                                    qint64(spec.streamGapFrames) * kBytesPerCdFrame;
+        stream.end = k + 1 < spec.imageStreams
+                         ? indexPosition(spec, spec.firstTrackNumber + k + 1, 1)
+                         : size;
+        stream.sector = spec.startSector + stream.begin / kBytesPerCdFrame;
+        streams.append(stream);
+    }
+    return streams;
+}
+
 QString imageFileName(const DiscSpec& spec)
 {
-    return diskName(spec, spec.imageName);
+    return diskName(spec, imageStreamFiles(spec).first().name);
 }
 
 QString pqFileName(const DiscSpec& spec)
@@ -92,12 +113,17 @@ DiscFiles buildFiles(const DiscSpec& spec, bool withImage)
                                       : spec.has(Fault::CdTextTooLarge)
                                           ? cdTextBytes(spec).leftJustified(8 * 256 * 18 + 18, '\0')
                                           : cdTextBytes(spec);
-    if (withImage && !spec.has(Fault::NoImageFile)) {
-        const qint64 size = writtenImageSize(spec);
-        QByteArray image(int(size), '\0');
-        audioFill(spec)(0, image.data(), size);
-        files[imageFileName(spec)] = image;
+    if (withImage) {
+        const AudioFill fill = audioFill(spec);
+        const QVector<ImageStreamFile> streams = imageStreamFiles(spec);
+        for (int k = spec.has(Fault::NoImageFile) ? 1 : 0; k < streams.size(); ++k) {
+            QByteArray image(int(streams[k].end - streams[k].begin), '\0');
+            fill(streams[k].begin, image.data(), image.size());
+            files[diskName(spec, streams[k].name)] = image;
+        }
     }
+    if (spec.dataStream)
+        files[fixedName(spec, kDataStreamName)] = QByteArray(int(kDataStreamBytes), '\x5A');
     return files;
 }
 
@@ -113,8 +139,10 @@ bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error)
     const QDir dir(folder);
 
     // A file that a fault leaves out must not survive from an earlier run.
-    const QString names[] = {fixedName(spec, "DDPID"), fixedName(spec, "DDPMS"), pqFileName(spec),
-                             cdTextFileName(spec), imageFileName(spec)};
+    QStringList names = {fixedName(spec, "DDPID"), fixedName(spec, "DDPMS"), pqFileName(spec),
+                         cdTextFileName(spec)};
+    for (const ImageStreamFile& stream : imageStreamFiles(spec))
+        names.append(diskName(spec, stream.name));
     for (const QString& name : names) {
         if (!name.isEmpty() && dir.exists(name))
             QFile::remove(dir.filePath(name));
@@ -127,21 +155,20 @@ bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error)
             file.write(bytes) != bytes.size())
             return fail(QStringLiteral("cannot write %1").arg(file.fileName()));
     }
-    if (spec.has(Fault::NoImageFile))
-        return true;
-
-    QFile image(dir.filePath(imageFileName(spec)));
-    if (!image.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
     const AudioFill fill = audioFill(spec);
-    const qint64 size = writtenImageSize(spec);
-    constexpr qint64 kChunk = 1 << 20; // a multiple of 4: chunks hold whole sample frames
-    QByteArray chunk(int(kChunk), '\0');
-    for (qint64 offset = 0; offset < size; offset += kChunk) {
-        const qint64 length = std::min(kChunk, size - offset);
-        fill(offset, chunk.data(), length);
-        if (image.write(chunk.constData(), length) != length)
+    const QVector<ImageStreamFile> streams = imageStreamFiles(spec);
+    for (int k = spec.has(Fault::NoImageFile) ? 1 : 0; k < streams.size(); ++k) {
+        QFile image(dir.filePath(diskName(spec, streams[k].name)));
+        if (!image.open(QIODevice::WriteOnly | QIODevice::Truncate))
             return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
+        constexpr qint64 kChunk = 1 << 20; // a multiple of 4: chunks hold whole sample frames
+        QByteArray chunk(int(kChunk), '\0');
+        for (qint64 offset = streams[k].begin; offset < streams[k].end; offset += kChunk) {
+            const qint64 length = std::min(kChunk, streams[k].end - offset);
+            fill(offset, chunk.data(), length);
+            if (image.write(chunk.constData(), length) != length)
+                return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
+        }
     }
     return true;
 }

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <QVector>
+
 #include <map>
 
 namespace mkddp {
@@ -37,6 +39,20 @@ QByteArray pqBytes(const DiscSpec& spec);
 // Slots are 160 bytes: longer strings are written whole, readers cut them.
 // Characters that code page 932 lacks end a double-byte string.
 QByteArray cdTextBytes(const DiscSpec& spec);
+
+// One audio stream's file: bytes [begin, end) of the whole image (see
+// DiscSpec::imageStreams), at `sector` in the map.
+struct ImageStreamFile
+{
+    QByteArray name;
+    qint64 begin = 0;
+    qint64 end = 0;
+    qint64 sector = 0;
+};
+QVector<ImageStreamFile> imageStreamFiles(const DiscSpec& spec);
+// The data session's file (DiscSpec::dataStream).
+inline constexpr const char* kDataStreamName = "DATA.DAT";
+inline constexpr qint64 kDataStreamBytes = 20480;
 
 // Names on disk (after lower-casing and, for CD-Text, blank removal).
 QString imageFileName(const DiscSpec& spec);

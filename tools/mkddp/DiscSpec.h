@@ -99,6 +99,16 @@ struct DiscSpec
     bool lowerCaseOnDisk = false;         // every file, DDPID and DDPMS too, in lower case
     bool zeroPadNames = false;            // pad the DDPMS names with zero bytes, not blanks
 
+    // The image split over several files, as some authoring tools write it:
+    // IMAGE1.DAT, IMAGE2.DAT, ... (imageName is then unused), split at the
+    // index 01 of tracks 2, 3, ..., each with its own "D0" packet and start
+    // sector. The first `streamGapFrames` frames of every later stream are
+    // left out of its file: a reader must play them as silence.
+    int imageStreams = 1;
+    int streamGapFrames = 0;
+    int startSector = 0;     // the first stream's start sector in the map
+    bool dataStream = false; // a data session after the audio: "D0", mode "M1", DATA.DAT
+
     AudioContent content = AudioContent::TestPattern;
     QVector<Fault> faults;
 

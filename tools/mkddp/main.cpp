@@ -49,6 +49,12 @@ Options of "test":
   --image-name NAME     image name (default IMAGE.DAT)
   --pq-name NAME        PQ descriptor name (default PQDESCR)
   --silence             silent audio instead of the test pattern
+  --streams N           the image split over N files (IMAGE1.DAT, ...) at
+                        track starts, each with its own map packet
+  --stream-gap F        F frames left out at the start of every later
+                        stream: silence between the files
+  --start-sector S      the first stream's start sector in the map
+  --data-stream         a data session after the audio (mode M1, DATA.DAT)
   --expected            print what `tivora-ddp info --json` should report
                         ("rows", "indexList", "cdText") after writing
   --fault NAME          inject a fault (repeatable); names:
@@ -172,6 +178,14 @@ int main(int argc, char** argv)
                 printExpected = true;
             else if (a == QLatin1String("--silence"))
                 opts.content = mkddp::AudioContent::Silence;
+            else if (a == QLatin1String("--streams"))
+                ok = number(&opts.imageStreams) && opts.imageStreams >= 1;
+            else if (a == QLatin1String("--stream-gap"))
+                ok = number(&opts.streamGapFrames);
+            else if (a == QLatin1String("--start-sector"))
+                ok = number(&opts.startSector);
+            else if (a == QLatin1String("--data-stream"))
+                opts.dataStream = true;
             else if (a == QLatin1String("--fault")) {
                 ok = value(&text);
                 const std::optional<mkddp::Fault> fault = mkddp::faultFromName(text);
@@ -250,6 +264,10 @@ int main(int argc, char** argv)
         spec.imageName = opts.imageName;
         spec.pqName = opts.pqName;
         spec.content = opts.content;
+        spec.imageStreams = std::min(opts.imageStreams, int(spec.tracks.size()));
+        spec.streamGapFrames = opts.streamGapFrames;
+        spec.startSector = opts.startSector;
+        spec.dataStream = opts.dataStream;
         spec.faults = faults;
     } else {
         return fail(QStringLiteral("unknown command %1 (try --help)").arg(command));

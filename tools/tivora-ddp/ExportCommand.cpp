@@ -9,7 +9,7 @@
 
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
-#include "ddp/RegularFile.h"
+#include "ddp/ImageLayout.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
@@ -125,10 +125,13 @@ int runExport(const QStringList& args)
         return fail(QStringLiteral("The DDP has no tracks."));
     }
 
-    const QString image =
-        resolveDdpFile(report.folder, QString::fromStdString(model.imageFileName()));
-    if (!regularFileSize(image))
-        return fail(QStringLiteral("The audio image \"%1\" is missing.").arg(image));
+    const QString image = ddpFileNameFromBytes(model.imageFileName());
+    QString imageError;
+    const std::shared_ptr<const DiscImage> disc =
+        openDiscImage(report.folder, model.imageLayout(), &imageError);
+    if (!disc)
+        return fail(
+            QStringLiteral("The audio image \"%1\" is missing (%2).").arg(image, imageError));
     const QString outDir = QFileInfo(arguments->outDir).absoluteFilePath();
     if (!QDir().mkpath(outDir))
         return fail(QStringLiteral("Could not create the folder \"%1\".").arg(outDir));
@@ -151,8 +154,10 @@ int runExport(const QStringList& args)
         }
         const QString output = QDir(outDir).filePath(defaultFileName(model, *entry));
         worker = std::make_unique<FileWriterOneTrack>(output, image, range.start, range.end);
+        worker->setImage(disc);
     } else {
         auto all = std::make_unique<FileWriterAllTracks>(outDir, image, report.model);
+        all->setImage(disc);
         QObject::connect(all.get(), &FileWriterAllTracks::trackStarted, [&](int o, int c) {
             ordinal = o;
             count = c;

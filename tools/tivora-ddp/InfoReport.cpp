@@ -68,6 +68,27 @@ QJsonValue cdTextJson(const DDPModel& model)
     };
 }
 
+// The audio streams in disc order: file name, first byte on the disc, length.
+QJsonArray streamsJson(const ImageLayout& layout)
+{
+    QJsonArray streams;
+    for (const ImageStream& stream : layout.streams)
+        streams.append(QJsonObject{{QStringLiteral("name"), ddpFileNameFromBytes(stream.name)},
+                                   {QStringLiteral("discOffset"), qint64(stream.discOffset)},
+                                   {QStringLiteral("length"), qint64(stream.length)}});
+    return streams;
+}
+
+QJsonArray skippedStreamsJson(const ImageLayout& layout)
+{
+    QJsonArray skipped;
+    for (const SkippedStream& stream : layout.skipped)
+        skipped.append(
+            QJsonObject{{QStringLiteral("name"), ddpFileNameFromBytes(stream.name)},
+                        {QStringLiteral("mode"), QString::fromLatin1(stream.mode.c_str())}});
+    return skipped;
+}
+
 } // namespace
 
 QByteArray infoReportJson(const InfoReport& report)
@@ -99,6 +120,8 @@ QByteArray infoReportJson(const InfoReport& report)
         {QStringLiteral("indexList"), indexList},
         {QStringLiteral("cdText"), cdTextJson(*report.model)},
         {QStringLiteral("imageShortBy"), static_cast<qint64>(report.model->imageShortBy())},
+        {QStringLiteral("streams"), streamsJson(report.model->imageLayout())},
+        {QStringLiteral("skippedStreams"), skippedStreamsJson(report.model->imageLayout())},
         {QStringLiteral("cdTextFitsLeadIn"), report.model->hasCdText()
                                                  ? QJsonValue(report.model->cdText().fitsLeadIn())
                                                  : QJsonValue(QJsonValue::Null)},
@@ -131,6 +154,16 @@ QByteArray infoReportText(const InfoReport& report)
     const DDPModel& model = *report.model;
     out +=
         QStringLiteral("Image: %1\n").arg(terminalText(ddpFileNameFromBytes(report.files.image)));
+    const ImageLayout& layout = model.imageLayout();
+    if (layout.streams.size() > 1) {
+        for (const ImageStream& stream : layout.streams)
+            out += QStringLiteral("  stream %1 from byte %2, %3 bytes\n")
+                       .arg(terminalText(ddpFileNameFromBytes(stream.name)))
+                       .arg(stream.discOffset)
+                       .arg(stream.length);
+    }
+    for (const SkippedStream& stream : layout.skipped)
+        out += QStringLiteral("Note: %1\n").arg(terminalText(skippedStreamText(stream)));
     if (model.imageShortBy() > 0)
         out += QStringLiteral("Warning: %1\n").arg(imageShortText(model.imageShortBy()));
     if (model.hasCdText() && !model.cdText().fitsLeadIn())

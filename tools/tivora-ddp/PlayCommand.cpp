@@ -9,7 +9,7 @@
 #include "audio/Player.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
-#include "ddp/RegularFile.h"
+#include "ddp/ImageLayout.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -148,9 +148,9 @@ int runPlay(const QStringList& args)
     const InfoReport report = makeInfoReport(arguments->path);
     if (report.result.kind != ErrorKind::NoError)
         return fail(report.result.kind, report.result.message);
-    const QString image =
-        resolveDdpFile(report.folder, QString::fromStdString(report.model->imageFileName()));
-    if (!regularFileSize(image))
+    const std::shared_ptr<const DiscImage> image =
+        openDiscImage(report.folder, report.model->imageLayout());
+    if (!image)
         return fail(ErrorKind::ImageMissing, {});
 
     Audio::Player player;
