@@ -540,7 +540,8 @@ void MainWindow::showTimes(int trackSeconds)
     const auto& entries = m_model->entries();
     const int cdSeconds = cdSecondsAt(entries, m_player.currentTrackStart()) + trackSeconds;
     if (m_cdTimeRemaining && entries.size() >= 2) {
-        const int total = cdSecondsAt(entries, entries[entries.size() - 2].bytePosition());
+        const int total = cdSecondsAt(
+            entries, entries[entries.size() - leadOutEntryCount(entries)].bytePosition());
         timeWidget()->cdTimeLabel()->setText(remainingTimeText(total - cdSeconds));
     } else {
         timeWidget()->cdTimeLabel()->setText(signedTimeText(cdSeconds));

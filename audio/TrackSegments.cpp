@@ -20,8 +20,11 @@ std::uint32_t entryOffset(const PqEntry& entry)
 
 std::vector<TrackSegment> buildTrackSegments(const std::vector<PqEntry>& entries)
 {
+    // Every entry up to the lead-out starts a segment; most descriptors close
+    // with two lead-out entries, some with one.
+    const std::size_t leadOut = leadOutEntryCount(entries);
     std::vector<TrackSegment> segments;
-    for (std::size_t i = 0; i + 2 < entries.size(); ++i)
+    for (std::size_t i = 0; i + leadOut < entries.size(); ++i)
         segments.emplace_back(entryOffset(entries[i]), entryOffset(entries[i + 1]));
     return segments;
 }

@@ -37,7 +37,8 @@ struct DdpFileNames
 // Files over their size limit (ReadLimits.h) fail as their kind, with the
 // limit named in the message.
 //
-// Rows: one per PQ entry between the first and the last two (a lead-in pause
+// Rows: one per PQ entry between the first and the lead-out entries (the
+// usual two, or one; see leadOutEntryCount) (a lead-in pause
 // under 3 s is hidden), then a row holding only "Total: MM:SS" in "CD-Time".
 // Cells without content have no item: "Type", the CD-Text columns of rows
 // that are not index 1 (or of a disc without CD-Text), a blank "Usertext".

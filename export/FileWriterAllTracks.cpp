@@ -29,8 +29,8 @@ QString FileWriterAllTracks::exportAll()
 {
     if (!m_model)
         return tr("No DDP is loaded.");
-    // The lead-out's entries are never among these: the list stops before the
-    // last two entries.
+    // The lead-out's entries are never among these: the list stops before
+    // them.
     const std::vector<std::size_t> tracks = exportedTrackEntries(*m_model);
     const QStringList names = exportFileNames(*m_model);
     const QDir folder(m_outputFolder);

@@ -486,6 +486,11 @@ private slots:
     // grip rides in the corner and no empty band sits under the transport.
     void theTableGetsTheRoomAtTheSmallestSize()
     {
+        // Row and label heights come from the fonts: only a real display's
+        // count (the offscreen platform measures text larger). CTest runs
+        // this case again on the X server as test_main_window_x11.
+        if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+            QSKIP("needs a real display's font metrics");
         ModalAnswerer answerer;
         MainWindow window;
         window.openPath(m_disc);

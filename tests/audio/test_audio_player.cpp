@@ -33,13 +33,17 @@ std::shared_ptr<DDPModel> modelOf(const std::vector<testbytes::Entry>& spec,
 
 // Lead-in, track 1 with a pause, an index 02, track 2 with a pre-gap, track
 // 3, the lead-out: one second of audio, 75 CD frames.
-std::shared_ptr<DDPModel> makeModel(bool firstRowPause)
+// With `singleLeadOut` the descriptor closes with "AA" 01 alone, as some
+// authoring tools write it.
+std::shared_ptr<DDPModel> makeModel(bool firstRowPause, bool singleLeadOut = false)
 {
-    const std::vector<testbytes::Entry> spec = {
+    std::vector<testbytes::Entry> spec = {
         {"00", 0, 0, 0, 0},  {"01", 0, 0, 0, 0},  {"01", 1, 0, 0, 10},
         {"01", 2, 0, 0, 20}, {"02", 0, 0, 0, 30}, {"02", 1, 0, 0, 40},
         {"03", 1, 0, 0, 60}, {"AA", 1, 0, 1, 0},  {"AA", 0, 0, 1, 0},
     };
+    if (singleLeadOut)
+        spec.pop_back();
     if (firstRowPause)
         return modelOf(spec, {0u, 1u, 2u, 0u, 1u, 1u});
     return modelOf(spec, {1u, 2u, 0u, 1u, 1u});
@@ -58,6 +62,7 @@ private slots:
     void previousGoesBackToIndexOne();
     void previousFromFirstTrackStops();
     void nextPastLastReturnsToFirstTrackStopped();
+    void lastTrackPlaysToItsEnd_data();
     void lastTrackPlaysToItsEnd();
     void trackEndRunsOnWithoutAJump();
     void trackEndOnlyAtTheRealEnd();
@@ -214,10 +219,18 @@ void TestAudioPlayer::nextPastLastReturnsToFirstTrackStopped()
     QCOMPARE(checkTail(out, player.streaming(), 1500), QString());
 }
 
+void TestAudioPlayer::lastTrackPlaysToItsEnd_data()
+{
+    QTest::addColumn<bool>("singleLeadOut");
+    QTest::newRow("two lead-out entries") << false;
+    QTest::newRow("one lead-out entry") << true;
+}
+
 void TestAudioPlayer::lastTrackPlaysToItsEnd()
 {
+    QFETCH(bool, singleLeadOut);
     Player player;
-    loadInto(player, makeModel(false));
+    loadInto(player, makeModel(false, singleLeadOut));
     player.selectTrack(4);
     const std::uint32_t length = player.currentTrackLength();
     QCOMPARE(length, 15 * kCdFrame);
