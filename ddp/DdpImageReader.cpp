@@ -20,19 +20,6 @@ bool startsWith(std::string_view data, std::string_view tag)
     return data.size() >= tag.size() && data.substr(0, tag.size()) == tag;
 }
 
-bool isWhiteSpace(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
-
-std::string trimTrailingWhiteSpace(std::string_view text)
-{
-    std::size_t end = text.size();
-    while (end > 0 && isWhiteSpace(text[end - 1]))
-        --end;
-    return std::string(text.substr(0, end));
-}
-
 } // namespace
 
 bool DdpImageReader::parseMap(std::string_view data, std::vector<MapPacket>& map)
@@ -99,7 +86,7 @@ std::string DdpImageReader::imageFileName() const
 {
     for (const MapPacket& packet : m_map) {
         if (packet.dataStreamType() == kAudioStream)
-            return trimTrailingWhiteSpace(packet.dataStreamIdentifier());
+            return packet.trimmedIdentifier();
     }
     return std::string();
 }
@@ -108,7 +95,7 @@ std::string DdpImageReader::pqFileName() const
 {
     for (const MapPacket& packet : m_map) {
         if (packet.subcodeDescriptor() == kPqSubcode)
-            return trimTrailingWhiteSpace(packet.dataStreamIdentifier());
+            return packet.trimmedIdentifier();
     }
     return std::string();
 }

@@ -9,19 +9,6 @@
 
 namespace {
 
-bool isWhiteSpace(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
-
-std::string trimTrailingWhiteSpace(std::string_view text)
-{
-    std::size_t end = text.size();
-    while (end > 0 && isWhiteSpace(text[end - 1]))
-        --end;
-    return std::string(text.substr(0, end));
-}
-
 // The 8 digits of a start sector; blanks around them are allowed.
 std::optional<std::uint64_t> sectorNumber(std::string_view field)
 {
@@ -62,7 +49,7 @@ LayoutResult buildImageLayout(const std::vector<MapPacket>& map, const IDdpFileS
     for (const MapPacket& packet : map) {
         if (packet.dataStreamType() != "D0")
             continue;
-        const std::string name = trimTrailingWhiteSpace(packet.dataStreamIdentifier());
+        const std::string name = packet.trimmedIdentifier();
         if (!isAudioMode(packet.cdMode())) {
             result.layout.skipped.push_back({name, std::string(packet.cdMode())});
             continue;

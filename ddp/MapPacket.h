@@ -22,6 +22,9 @@ struct MapPacket
     std::string_view subcodeDescriptor() const { return field(30, 8); } // "PQ DESCR", "CDTEXT  "
     std::string_view cdMode() const { return field(38, 2); }            // "DA": audio
     std::string_view dataStreamIdentifier() const { return field(74, 17); } // the file name
+    // The file name as the image and PQ lookups take it: the identifier
+    // without trailing white space (blank, tab, LF, VT, FF, CR).
+    std::string trimmedIdentifier() const;
 
     std::string_view field(std::size_t offset, std::size_t width) const
     {

@@ -1,6 +1,7 @@
 #include "ExportTestSupport.h"
 
 #include <QFile>
+#include <QProcess>
 
 namespace exporttest {
 
@@ -93,6 +94,30 @@ bool isWavOf(const QString& path, const QByteArray& expected, QString* why)
         }
     }
     return true;
+}
+
+QString tivoraDdpPath()
+{
+    return QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
+           QStringLiteral("/tools/tivora-ddp/tivora-ddp");
+}
+
+ToolRun finishRun(QProcess& process)
+{
+    ToolRun run;
+    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
+        run.exitCode = process.exitCode();
+        run.out = process.readAllStandardOutput();
+        run.err = process.readAllStandardError();
+    }
+    return run;
+}
+
+ToolRun runTivoraDdp(const QStringList& args)
+{
+    QProcess process;
+    process.start(tivoraDdpPath(), args);
+    return finishRun(process);
 }
 
 } // namespace exporttest

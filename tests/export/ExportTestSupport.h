@@ -8,6 +8,9 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
+
+class QProcess;
 
 #include <memory>
 #include <vector>
@@ -32,5 +35,18 @@ qint64 at(int minutes, int seconds, int frames);
 // `expected.size()` bytes followed by exactly `expected`; else `why` says
 // what differs.
 bool isWavOf(const QString& path, const QByteArray& expected, QString* why);
+
+// A finished run of the tivora-ddp binary (found through TIVORA_BINARY_DIR);
+// exitCode -1 when it did not finish within a minute.
+struct ToolRun
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+QString tivoraDdpPath();
+ToolRun runTivoraDdp(const QStringList& args);
+// Waits for a started tivora-ddp process and collects what it said.
+ToolRun finishRun(QProcess& process);
 
 } // namespace exporttest

@@ -57,26 +57,11 @@ bool fileMatches(const QString& folder, const mkddp::DiscSpec& spec, int k, QStr
     return same;
 }
 
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+using Run = ToolRun;
 
 Run runExport(const QStringList& args)
 {
-    QProcess process;
-    process.start(QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                      QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
-                  QStringList{QStringLiteral("export")} + args);
-    Run run;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
-        run.exitCode = process.exitCode();
-        run.out = process.readAllStandardOutput();
-        run.err = process.readAllStandardError();
-    }
-    return run;
+    return runTivoraDdp(QStringList{QStringLiteral("export")} + args);
 }
 
 } // namespace

@@ -19,26 +19,11 @@ using testbytes::Entry;
 
 namespace {
 
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
+using Run = ToolRun;
 
 Run runTool(const QString& command, const QStringList& args)
 {
-    QProcess process;
-    process.start(QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                      QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
-                  QStringList{command} + args);
-    Run run;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
-        run.exitCode = process.exitCode();
-        run.out = process.readAllStandardOutput();
-        run.err = process.readAllStandardError();
-    }
-    return run;
+    return runTivoraDdp(QStringList{command} + args);
 }
 
 // A byte a terminal would act on: C0 controls but the line break, DEL, and

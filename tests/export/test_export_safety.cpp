@@ -22,37 +22,6 @@ using namespace exporttest;
 
 namespace {
 
-QString tool()
-{
-    return QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-           QStringLiteral("/tools/tivora-ddp/tivora-ddp");
-}
-
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-Run finish(QProcess& process)
-{
-    Run run;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
-        run.exitCode = process.exitCode();
-        run.out = process.readAllStandardOutput();
-        run.err = process.readAllStandardError();
-    }
-    return run;
-}
-
-Run runTool(const QStringList& args)
-{
-    QProcess process;
-    process.start(tool(), args);
-    return finish(process);
-}
-
 QByteArray fileBytes(const QString& path)
 {
     QFile file(path);
@@ -126,7 +95,7 @@ private slots:
         QVERIFY(
             QFile::link(path(QStringLiteral("victim3")), out + QStringLiteral("/Track 1.wav.tmp")));
 
-        const Run run = runTool({QStringLiteral("export"), disc, out});
+        const ToolRun run = runTivoraDdp({QStringLiteral("export"), disc, out});
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(fileBytes(path(QStringLiteral("victim1"))), victimText);
         QCOMPARE(fileBytes(path(QStringLiteral("victim2"))), victimText);
@@ -154,10 +123,10 @@ private slots:
             const QString out = path(QStringLiteral("twice-out%1").arg(round));
             QProcess first;
             QProcess second;
-            first.start(tool(), {QStringLiteral("export"), disc, out});
-            second.start(tool(), {QStringLiteral("export"), disc, out});
-            const Run a = finish(first);
-            const Run b = finish(second);
+            first.start(tivoraDdpPath(), {QStringLiteral("export"), disc, out});
+            second.start(tivoraDdpPath(), {QStringLiteral("export"), disc, out});
+            const ToolRun a = finishRun(first);
+            const ToolRun b = finishRun(second);
             QCOMPARE(a.exitCode, 0);
             QCOMPARE(b.exitCode, 0);
             QString why;
@@ -177,8 +146,8 @@ private slots:
                       {QStringLiteral("-c"),
                        QStringLiteral("ulimit -f 200; trap '' XFSZ; exec \"$0\" export \"$1\" "
                                       "\"$2\""),
-                       tool(), disc, out});
-        const Run run = finish(process);
+                       tivoraDdpPath(), disc, out});
+        const ToolRun run = finishRun(process);
         QCOMPARE(run.exitCode, 1);
         QVERIFY2(run.err.contains("File too large"), run.err.constData());
         QVERIFY(!run.err.contains("Unknown error"));
@@ -208,14 +177,14 @@ private slots:
         const QString name = QStringLiteral("short%1").arg(fault);
         const QString disc = writeDisc(name, spec);
 
-        const Run info = runTool({QStringLiteral("info"), QStringLiteral("--json"), disc});
+        const ToolRun info = runTivoraDdp({QStringLiteral("info"), QStringLiteral("--json"), disc});
         const QJsonObject json = QJsonDocument::fromJson(info.out).object();
         QCOMPARE(json.value(QStringLiteral("imageShortBy")).toDouble(-1), double(shortBy));
-        const Run text = runTool({QStringLiteral("info"), disc});
+        const ToolRun text = runTivoraDdp({QStringLiteral("info"), disc});
         QCOMPARE(text.out.contains("shorter than the PQ descriptor"), shortBy > 0);
 
         const QString out = path(name + QStringLiteral("-out"));
-        const Run run = runTool({QStringLiteral("export"), disc, out});
+        const ToolRun run = runTivoraDdp({QStringLiteral("export"), disc, out});
         QCOMPARE(run.exitCode, written == 3 ? 0 : 1);
         if (written < 3)
             QVERIFY2(run.err.contains(QStringLiteral("Track %1.wav").arg(written + 1).toUtf8()),
