@@ -9,6 +9,7 @@
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFolderCheck.h"
 #include "ddp/DdpLoader.h"
+#include "ddp/HiddenTrack.h"
 #include "ddp/ImageLayout.h"
 #include "ddp/Settings.h"
 #include "export/WavExport.h"
@@ -309,7 +310,11 @@ LoadResult MainWindow::load(const QDir& folder)
     m_player.setTrackSource(m_model);
     // Every audio stream of the disc, opened now: a file swapped or removed
     // later is still read as it was loaded.
-    m_player.load(openDiscImage(folder.absolutePath(), m_model->imageLayout()), {});
+    std::shared_ptr<const DiscImage> image =
+        openDiscImage(folder.absolutePath(), m_model->imageLayout());
+    if (image)
+        markHiddenTrack(*m_model, *m_itemModel, *image);
+    m_player.load(std::move(image), {});
     startDisplayTimer();
     refreshDisplay();
     setPlayable(true);

@@ -85,6 +85,7 @@ private slots:
 
         DiscSpec shownPause = simpleDisc(2, 5);
         shownPause.tracks[0].pauseFrames = cdFrames(4);
+        shownPause.silentPauses = true; // a pause that holds audio reads otherwise
         shownPause.tracks[1].indexOffsets = {cdFrames(1), cdFrames(3)};
         QTest::newRow("first pause shown, indexes") << shownPause;
 

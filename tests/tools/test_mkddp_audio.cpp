@@ -89,6 +89,33 @@ private slots:
         }
     }
 
+    // Silent pauses are all zeros in the written image, from their first
+    // byte to the last, while the tracks keep the pattern unchanged.
+    void silentPauses()
+    {
+        QTemporaryDir dir;
+        DiscSpec spec = simpleDisc(2, 2);
+        spec.tracks[0].pauseFrames = cdFrames(4);
+        spec.tracks[1].pauseFrames = 40;
+        const QByteArray audible = TestPattern(spec).bytes(0, imageSize(spec));
+        spec.silentPauses = true;
+        QVERIFY(writeDisc(spec, dir.path()));
+        QFile file(QDir(dir.path()).filePath(QStringLiteral("IMAGE.DAT")));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray image = file.readAll();
+        QCOMPARE(image.size(), audible.size());
+        const auto zeros = [](qint64 n) { return QByteArray(int(n), '\0'); };
+        const qint64 track1 = indexPosition(spec, 1, 1);
+        const qint64 pause2 = indexPosition(spec, 2, 0);
+        const qint64 track2 = indexPosition(spec, 2, 1);
+        QCOMPARE(image.left(int(track1)), zeros(track1));
+        QCOMPARE(image.mid(int(track1), int(pause2 - track1)),
+                 audible.mid(int(track1), int(pause2 - track1)));
+        QCOMPARE(image.mid(int(pause2), int(track2 - pause2)), zeros(track2 - pause2));
+        QCOMPARE(image.mid(int(track2)), audible.mid(int(track2)));
+        QVERIFY(audible.left(int(track1)) != zeros(track1)); // the default is not silent
+    }
+
     void writtenImage()
     {
         QTemporaryDir dir;

@@ -110,6 +110,10 @@ struct DiscSpec
     bool dataStream = false; // a data session after the audio: "D0", mode "M1", DATA.DAT
 
     AudioContent content = AudioContent::TestPattern;
+    // The test pattern's index 00 pauses hold digital silence instead of the
+    // frame counter, as a real disc's pauses do. Without it the pause before
+    // track 1 holds a quiet signal: a hidden track, as far as a player can tell.
+    bool silentPauses = false;
     QVector<Fault> faults;
 
     bool has(Fault fault) const { return faults.contains(fault); }

@@ -106,8 +106,13 @@ Table expectedTable(const DiscSpec& spec)
             QJsonArray row;
             row.append(QJsonValue::Null); // "Type": the play-state mark, no item
             row.append(QString::fromLatin1(e.track));
-            row.append(e.index < 1 ? QStringLiteral("Pause")
-                                   : QStringLiteral("Start %1").arg(e.index));
+            // The test pattern's pauses hold its frame counter: a first
+            // pause of the pattern holds audio unless made silent.
+            const bool hiddenTrack =
+                i == 1 && spec.content == AudioContent::TestPattern && !spec.silentPauses;
+            row.append(e.index >= 1  ? QStringLiteral("Start %1").arg(e.index)
+                       : hiddenTrack ? QStringLiteral("Pause (audio)")
+                                     : QStringLiteral("Pause"));
             row.append(i == 1 ? QStringLiteral("-") + timeText(gap)
                               : timeText(wholeSeconds(e) - gap));
             row.append(timeText(length));

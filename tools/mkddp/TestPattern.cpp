@@ -7,6 +7,8 @@ namespace mkddp {
 
 qint16 patternSample(quint32 frame, int channel, int tone)
 {
+    if (tone < 0)
+        return 0;
     int high = 0;
     if (tone > 0) {
         const quint32 period = quint32(200 - qBound(1, tone, 99));
@@ -29,7 +31,7 @@ TestPattern::TestPattern(const DiscSpec& spec)
     for (int k = 0; k < spec.tracks.size(); ++k) {
         const TrackSpec& track = spec.tracks.at(k);
         if (track.pauseFrames > 0) {
-            m_spans.append({frame, 0});
+            m_spans.append({frame, spec.silentPauses ? -1 : 0});
             frame += quint32(track.pauseFrames * kSamplesPerCdFrame);
         }
         m_spans.append({frame, spec.firstTrackNumber + k});

@@ -12,7 +12,8 @@ namespace mkddp {
 //
 // For sample frame f of the image (4 bytes each, frame 0 at byte 0) and a
 // tone t (the track number whose part of the image holds f; 0 in index 00
-// pauses, which thereby sound silent):
+// pauses, which thereby sound silent; -1 in pauses made silent, whose
+// samples are all zero):
 //   high byte (bits 15..8) of both channels: a triangle wave of period
 //     200 - t sample frames (about 220 Hz to 440 Hz), running from -100 to
 //     +100 and phase-locked to f itself; 0 when t == 0;
@@ -31,7 +32,7 @@ public:
     explicit TestPattern(const DiscSpec& spec);
 
     qint64 imageSize() const { return m_imageSize; }
-    // The tone (track number, 0 in pauses) at a sample frame.
+    // The tone (track number, 0 in pauses, -1 in silent pauses) at a sample frame.
     int toneAt(quint32 frame) const;
     qint16 sample(quint32 frame, int channel) const
     {

@@ -49,6 +49,8 @@ Options of "test":
   --image-name NAME     image name (default IMAGE.DAT)
   --pq-name NAME        PQ descriptor name (default PQDESCR)
   --silence             silent audio instead of the test pattern
+  --silent-pauses       index 00 pauses hold digital silence (by default they hold
+                        the pattern's frame counter: audio a player can hear)
   --streams N           the image split over N files (IMAGE1.DAT, ...) at
                         track starts, each with its own map packet
   --stream-gap F        F frames left out at the start of every later
@@ -178,6 +180,8 @@ int main(int argc, char** argv)
                 printExpected = true;
             else if (a == QLatin1String("--silence"))
                 opts.content = mkddp::AudioContent::Silence;
+            else if (a == QLatin1String("--silent-pauses"))
+                opts.silentPauses = true;
             else if (a == QLatin1String("--streams"))
                 ok = number(&opts.imageStreams) && opts.imageStreams >= 1;
             else if (a == QLatin1String("--stream-gap"))
@@ -264,6 +268,7 @@ int main(int argc, char** argv)
         spec.imageName = opts.imageName;
         spec.pqName = opts.pqName;
         spec.content = opts.content;
+        spec.silentPauses = opts.silentPauses;
         spec.imageStreams = std::min(opts.imageStreams, int(spec.tracks.size()));
         spec.streamGapFrames = opts.streamGapFrames;
         spec.startSector = opts.startSector;

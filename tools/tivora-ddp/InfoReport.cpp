@@ -1,9 +1,12 @@
 #include "tools/tivora-ddp/InfoReport.h"
 
+#include "archive/ArchiveDdp.h"
+
 #include "ddp/CdTextStrings.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFolderCheck.h"
 #include "ddp/ErrorTexts.h"
+#include "ddp/HiddenTrack.h"
 #include "tools/tivora-ddp/TerminalText.h"
 
 #include <QFileInfo>
@@ -26,12 +29,44 @@ InfoReport makeInfoReport(const QString& path)
         report.result.kind = ErrorKind::InvalidPath;
         return report;
     }
+    if (isZipArchivePath(path)) {
+        report.folder = info.absoluteFilePath();
+        ArchiveDdp::Opened opened = ArchiveDdp::open(report.folder);
+        report.result = opened.result;
+        if (!opened.ddp)
+            return report;
+        report.archive = opened.ddp;
+        report.result = loadDdp(*report.archive, report.table.get(), *report.model, &report.files);
+        // A file the directory lists but that does not unpack to what it
+        // claims is the archive's fault, not the DDP's.
+        if (const std::string damage = report.archive->damage(); !damage.empty())
+            report.result = {ErrorKind::ArchiveInvalid, damage};
+        return report;
+    }
     report.folder = ddpFolderForDroppedPath(path);
     report.result.kind = openDialogCheck(report.folder);
     if (report.result.kind != ErrorKind::NoError)
         return report;
     report.result = loadDdp(report.folder, report.table.get(), *report.model, &report.files);
+    // As the window does: a first pause that holds audio reads so in its row.
+    if (report.result.kind == ErrorKind::NoError)
+        if (const auto image = openDiscImage(report.folder, report.model->imageLayout()))
+            markHiddenTrack(*report.model, *report.table, *image);
     return report;
+}
+
+std::shared_ptr<const DiscImage>
+openReportImage(const InfoReport& report, LoadResult* error,
+                const std::function<void(std::uint64_t, std::uint64_t)>& progress)
+{
+    if (report.archive)
+        return report.archive->openImage(report.model->imageLayout(), progress, nullptr, error);
+    QString why;
+    std::shared_ptr<const DiscImage> image =
+        openDiscImage(report.folder, report.model->imageLayout(), &why);
+    if (!image && error)
+        *error = {ErrorKind::ImageMissing, why.toStdString()};
+    return image;
 }
 
 namespace {
@@ -126,6 +161,13 @@ QByteArray infoReportJson(const InfoReport& report)
                                                  ? QJsonValue(report.model->cdText().fitsLeadIn())
                                                  : QJsonValue(QJsonValue::Null)},
         {QStringLiteral("ddpidUpcEan"), QString::fromLatin1(report.model->ddpIdUpcEan().c_str())},
+        // Where the DDP lies when it is inside a ZIP archive: the archive and
+        // the folder in it ("" at its root).
+        {QStringLiteral("archive"), report.archive ? QJsonValue(report.archive->archivePath())
+                                                   : QJsonValue(QJsonValue::Null)},
+        {QStringLiteral("archiveFolder"),
+         report.archive ? QJsonValue(ddpFileNameFromBytes(report.archive->folderInArchive()))
+                        : QJsonValue(QJsonValue::Null)},
     };
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
@@ -135,7 +177,11 @@ QByteArray infoReportJson(const InfoReport& report)
 QByteArray infoReportText(const InfoReport& report)
 {
     QString out;
-    if (!report.folder.isEmpty())
+    if (report.archive && !report.archive->folderInArchive().empty())
+        out += QStringLiteral("DDP: %1, folder %2\n")
+                   .arg(terminalText(report.folder),
+                        terminalText(ddpFileNameFromBytes(report.archive->folderInArchive())));
+    else if (!report.folder.isEmpty())
         out += QStringLiteral("DDP: %1\n").arg(terminalText(report.folder));
     if (report.result.kind != ErrorKind::NoError) {
         out += QStringLiteral("Error %1: %2\n")
