@@ -172,6 +172,38 @@ private slots:
         window.player().stop();
     }
 
+    // A first pause that holds audio (a hidden track) says so in its row,
+    // and a double-click there plays the pause from its first frame, not
+    // track 1; a silent first pause keeps its plain "Pause".
+    void aHiddenTrackIsNamedAndPlaysFromThePause()
+    {
+        for (const bool silent : {false, true}) {
+            mkddp::DiscSpec spec = mkddp::simpleDisc(2, 4);
+            spec.tracks[0].pauseFrames = mkddp::cdFrames(20);
+            spec.silentPauses = silent;
+            const QString folder =
+                m_dir.filePath(silent ? QStringLiteral("silent") : QStringLiteral("hidden"));
+            QVERIFY(mkddp::writeDisc(spec, folder));
+            ModalAnswerer answerer;
+            MainWindow window;
+            window.openPath(folder);
+            QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+            QTableView* view = window.tableViewWidget()->tableView();
+            QCOMPARE(view->model()->index(0, 2).data().toString(),
+                     silent ? QStringLiteral("Pause") : QStringLiteral("Pause (audio)"));
+            if (silent)
+                continue;
+            window.onCellDoubleClicked(view->model()->index(0, 2));
+            QVERIFY(window.player().isPlaying());
+            QCOMPARE(window.model()->currentRow(), 0);
+            QCOMPARE(window.player().currentTrackNumber(), 0);
+            QCOMPARE(window.player().currentTrackStart(), 0u); // the pause's first frame
+            QCOMPARE(window.player().currentTrackLength(),
+                     std::uint32_t(mkddp::indexPosition(spec, 1, 1)));
+            window.player().stop();
+        }
+    }
+
     void volumeZeroShowsInfinity()
     {
         ModalAnswerer answerer;
