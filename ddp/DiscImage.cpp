@@ -36,6 +36,15 @@ std::shared_ptr<const DiscImage> DiscImage::open(std::vector<Segment> segments, 
             image->m_files.emplace_back();
             continue;
         }
+        if (segment.kind == Segment::Kind::Source) {
+            if (!segment.source) {
+                if (error)
+                    *error = QStringLiteral("%1: nothing reads this stream").arg(segment.path);
+                return nullptr;
+            }
+            image->m_files.emplace_back();
+            continue;
+        }
         auto file = std::make_unique<OpenFile>();
         QString reason;
         if (!openRegularFile(file->file, segment.path, &reason)) {
@@ -111,6 +120,8 @@ std::uint64_t DiscImage::readSegment(std::size_t segment, std::uint64_t offset, 
         std::memset(out, 0, static_cast<std::size_t>(size));
         return size;
     }
+    if (s.kind == Segment::Kind::Source)
+        return s.source->read(s.fileOffset + offset, out, size);
     OpenFile& file = *m_files[segment];
     const std::uint64_t position = s.fileOffset + offset;
 #ifdef Q_OS_UNIX

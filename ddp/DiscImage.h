@@ -20,21 +20,36 @@
 class DiscImage
 {
 public:
+    // Bytes that lie in no plain file range, such as a stored entry that an
+    // archive library reads for us. Reads are positional and may come from
+    // several threads at once: the source serializes them if it must.
+    class Source
+    {
+    public:
+        virtual ~Source() = default;
+        // Reads [offset, offset + size) of the source's own bytes; returns
+        // the count read, fewer on an error or past its end.
+        virtual std::uint64_t read(std::uint64_t offset, char* out, std::uint64_t size) const = 0;
+    };
+
     struct Segment
     {
         enum class Kind
         {
             File,
             Silence,
+            Source,
         };
         Kind kind = Kind::Silence;
         QString path;                 // File: the file that holds the bytes
-        std::uint64_t fileOffset = 0; // File: where the bytes start in it
+        std::uint64_t fileOffset = 0; // File and Source: where the bytes start in it
         std::uint64_t length = 0;
+        std::shared_ptr<const DiscImage::Source> source; // Source: what reads them
     };
 
     // Opens every file segment, regular files only. Nothing, with `error`
-    // naming the file and the reason, when one cannot be opened.
+    // naming the file and the reason, when one cannot be opened or a Source
+    // segment has no source.
     static std::shared_ptr<const DiscImage> open(std::vector<Segment> segments,
                                                  QString* error = nullptr);
     // One whole file as the image: the usual DDP.
@@ -55,7 +70,7 @@ public:
 
     // For writers that copy a file's pages without a buffer of their own:
     // the open file behind a segment (a POSIX descriptor; -1 where there is
-    // none, for silence or off POSIX systems).
+    // none, for silence, a Source segment or off POSIX systems).
     int fileDescriptor(std::size_t segment) const;
     // The segment that holds `offset`, or segments().size() past the end.
     std::size_t segmentAt(std::uint64_t offset) const;

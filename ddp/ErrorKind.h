@@ -21,6 +21,10 @@ enum class ErrorKind : std::uint32_t
     PqdescrInvalid = 10,
     UnknownError = 11,
     NoError = 12,
+    // A ZIP archive that cannot be read: damaged, truncated, encrypted, or
+    // holding entries that are never opened (links, names leaving the
+    // archive, sizes no disc comes near).
+    ArchiveInvalid = 13,
 };
 
 // What a loading step returns: the kind and a message (8-bit; only the audio

@@ -52,6 +52,8 @@ QString errorTitle(ErrorKind kind)
         return tr("PQDESCR Invalid");
     case ErrorKind::UnknownError:
         return tr("Unknown Error");
+    case ErrorKind::ArchiveInvalid:
+        return tr("ZIP Archive Invalid");
     case ErrorKind::NoError:
         break;
     }
@@ -118,6 +120,12 @@ QString errorText(ErrorKind kind, const std::string& message)
         return tr("Tivora cannot read the PQ DESCR file.") + proper + unsupported;
     case ErrorKind::UnknownError:
         return tr("Tivora went into unknown issues.") + proper;
+    case ErrorKind::ArchiveInvalid:
+        return tr("Tivora cannot read the DDP in this ZIP archive. The archive is damaged, "
+                  "truncated or encrypted, or it holds entries that Tivora does not open for "
+                  "your safety: links, names that lead out of the archive, or files larger "
+                  "than any disc.<br><br>Unpack the archive with a tool you trust and open the "
+                  "DDP folder, or ask for a new archive.");
     case ErrorKind::NoError:
         break;
     }

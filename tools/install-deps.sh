@@ -15,4 +15,5 @@ $SUDO apt-get install -y --no-install-recommends \
   pulseaudio pulseaudio-utils \
   xvfb xauth x11-apps xdotool imagemagick \
   fonts-liberation \
-  python3 time
+  python3 time \
+  libzip-dev zip unzip

@@ -23,6 +23,8 @@
 #include <memory>
 #include <optional>
 
+#include <unistd.h>
+
 namespace {
 
 int usage()
@@ -126,12 +128,27 @@ int runExport(const QStringList& args)
     }
 
     const QString image = ddpFileNameFromBytes(model.imageFileName());
-    QString imageError;
+    LoadResult imageError;
+    // Compressed audio in an archive is unpacked first; a line on the
+    // terminal counts it up.
+    const bool terminal = isatty(fileno(stderr)) != 0;
+    int shownPercent = -1;
     const std::shared_ptr<const DiscImage> disc =
-        openDiscImage(report.folder, model.imageLayout(), &imageError);
+        openReportImage(report, &imageError, [&](std::uint64_t done, std::uint64_t total) {
+            const int percent = total > 0 ? static_cast<int>(done * 100 / total) : 100;
+            if (!terminal || percent == shownPercent)
+                return;
+            shownPercent = percent;
+            std::fprintf(stderr, "\runpacking %d%%", percent);
+            std::fflush(stderr);
+        });
+    if (shownPercent >= 0)
+        std::fputs("\n", stderr);
+    if (!disc && imageError.kind == ErrorKind::ArchiveInvalid)
+        return fail(loadFailure(imageError));
     if (!disc)
-        return fail(
-            QStringLiteral("The audio image \"%1\" is missing (%2).").arg(image, imageError));
+        return fail(QStringLiteral("The audio image \"%1\" is missing (%2).")
+                        .arg(image, QString::fromStdString(imageError.message)));
     const QString outDir = QFileInfo(arguments->outDir).absoluteFilePath();
     if (!QDir().mkpath(outDir))
         return fail(QStringLiteral("Could not create the folder \"%1\".").arg(outDir));

@@ -163,8 +163,8 @@ QByteArray infoReportJson(const InfoReport& report)
         {QStringLiteral("ddpidUpcEan"), QString::fromLatin1(report.model->ddpIdUpcEan().c_str())},
         // Where the DDP lies when it is inside a ZIP archive: the archive and
         // the folder in it ("" at its root).
-        {QStringLiteral("archive"), report.archive ? QJsonValue(report.archive->archivePath())
-                                                   : QJsonValue(QJsonValue::Null)},
+        {QStringLiteral("archive"),
+         report.archive ? QJsonValue(report.archive->archivePath()) : QJsonValue(QJsonValue::Null)},
         {QStringLiteral("archiveFolder"),
          report.archive ? QJsonValue(ddpFileNameFromBytes(report.archive->folderInArchive()))
                         : QJsonValue(QJsonValue::Null)},

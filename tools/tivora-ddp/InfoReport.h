@@ -7,8 +7,12 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 
+class ArchiveDdp;
+class DiscImage;
 class QStandardItemModel;
 
 // Everything `tivora-ddp info` reports about one path, gathered the way the
@@ -16,15 +20,24 @@ class QStandardItemModel;
 // 5), then the load (7 to 12).
 struct InfoReport
 {
-    QString folder;
+    QString folder;                      // the DDP folder; for an archive, the archive
+    std::shared_ptr<ArchiveDdp> archive; // set when the DDP lies in a ZIP archive
     LoadResult result;
     DdpFileNames files;
     std::shared_ptr<QStandardItemModel> table;
     std::shared_ptr<DDPModel> model;
 };
 
-// PATH is a DDP folder or a file inside one, which stands for its folder.
+// PATH is a DDP folder, a file inside one, which stands for its folder, or a
+// ZIP archive holding a DDP (a regular file whose name ends in ".zip").
 InfoReport makeInfoReport(const QString& path);
+
+// The disc's audio of a loaded report, wherever it lies. Compressed audio in
+// an archive is unpacked first, with `progress` called as it goes (done and
+// total bytes). Nothing on failure, with `error` saying why.
+std::shared_ptr<const DiscImage>
+openReportImage(const InfoReport& report, LoadResult* error,
+                const std::function<void(std::uint64_t, std::uint64_t)>& progress = {});
 
 // One JSON object and a new line.
 QByteArray infoReportJson(const InfoReport& report);

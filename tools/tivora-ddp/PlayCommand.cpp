@@ -148,10 +148,13 @@ int runPlay(const QStringList& args)
     const InfoReport report = makeInfoReport(arguments->path);
     if (report.result.kind != ErrorKind::NoError)
         return fail(report.result.kind, report.result.message);
-    const std::shared_ptr<const DiscImage> image =
-        openDiscImage(report.folder, report.model->imageLayout());
+    LoadResult imageError;
+    const std::shared_ptr<const DiscImage> image = openReportImage(report, &imageError);
     if (!image)
-        return fail(ErrorKind::ImageMissing, {});
+        return fail(imageError.kind == ErrorKind::ArchiveInvalid ? imageError.kind
+                                                                 : ErrorKind::ImageMissing,
+                    imageError.kind == ErrorKind::ArchiveInvalid ? imageError.message
+                                                                 : std::string());
 
     Audio::Player player;
     player.setTrackSource(report.model);
