@@ -96,7 +96,8 @@ ArchiveDdp::Opened ArchiveDdp::open(const QString& path, const Options& options)
     QString error;
     std::shared_ptr<ZipArchive> archive = ZipArchive::open(path, &error);
     if (!archive) {
-        opened.result = invalid(QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), error));
+        opened.result = invalid(QStringLiteral("%1 cannot be read as a ZIP archive: %2.")
+                                    .arg(QFileInfo(path).fileName(), error));
         return opened;
     }
     for (const ZipArchive::Entry& entry : archive->entries()) {

@@ -2,9 +2,11 @@
 # Bounded libFuzzer runs of the DDP loader, built with clang (address and
 # undefined-behaviour sanitizers) in build-fuzz and seeded from the test-disc
 # generator:
-#   fuzz_ddp_load    the files from memory, 2/3 of the time;
+#   fuzz_ddp_load    the files from memory, half of the time;
 #   fuzz_ddp_folder  the files written into a real folder (names, pipes,
-#                    links, sparse giants), the rest.
+#                    links, sparse giants), 1/6;
+#   fuzz_ddp_zip     a ZIP archive holding the DDP (damage, links, names
+#                    leaving it, bombs), the rest.
 # TIVORA_FUZZ_SECONDS (default 60) is the whole budget. Fails on any crash,
 # hang, leak or sanitizer report; prints executions and coverage per target.
 set -euo pipefail
@@ -14,7 +16,7 @@ BUILD=${TIVORA_FUZZ_BUILD:-$ROOT/build-fuzz}
 BUDGET=${TIVORA_FUZZ_SECONDS:-60}
 
 CXX=clang++ cmake -S . -B "$BUILD" -DTIVORA_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++ >/dev/null
-cmake --build "$BUILD" -j"$(nproc)" --target fuzz_ddp_load fuzz_ddp_folder
+cmake --build "$BUILD" -j"$(nproc)" --target fuzz_ddp_load fuzz_ddp_folder fuzz_ddp_zip
 
 # UBSan reports are fatal, leaks are reported at exit; libFuzzer exits non-zero
 # for either, and for crashes and timeouts.
@@ -44,5 +46,6 @@ fuzz() { # target, seconds
     echo "run-fuzz: $target ${seconds} s, ${runs:-?} executions, ${cov:-no coverage line}, corpus $(ls "$corpus" | wc -l) inputs"
 }
 
-fuzz fuzz_ddp_load $((BUDGET * 2 / 3))
-fuzz fuzz_ddp_folder $((BUDGET - BUDGET * 2 / 3))
+fuzz fuzz_ddp_load $((BUDGET / 2))
+fuzz fuzz_ddp_folder $((BUDGET / 6))
+fuzz fuzz_ddp_zip $((BUDGET - BUDGET / 2 - BUDGET / 6))
