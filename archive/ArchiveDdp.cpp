@@ -278,6 +278,7 @@ std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout
 
     std::uint64_t unpackedBefore = 0;
     std::vector<DiscImage::Segment> segments;
+    std::vector<std::shared_ptr<const DiscImage::Source>> sources;
     std::uint64_t end = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {
         const ZipArchive::Entry& entry = *entries[i];
@@ -286,6 +287,7 @@ std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout
             DiscImage::Segment gap;
             gap.length = stream.discOffset - end;
             segments.push_back(gap);
+            sources.emplace_back();
         }
         end = stream.discOffset + stream.length;
         DiscImage::Segment segment;
@@ -301,8 +303,8 @@ std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout
                         .arg(entryName(entry.name))
                         .arg(entry.size)));
             segment.kind = DiscImage::Segment::Kind::Source;
-            segment.source = std::make_shared<StoredEntrySource>(m_archive, entry);
             segments.push_back(segment);
+            sources.push_back(std::make_shared<StoredEntrySource>(m_archive, entry));
             continue;
         }
         auto unpacked = m_unpacked.find(entry.index);
@@ -343,9 +345,11 @@ std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout
         segment.kind = DiscImage::Segment::Kind::File;
         segment.path = unpacked->second;
         segments.push_back(segment);
+        sources.emplace_back();
     }
     QString why;
-    std::shared_ptr<const DiscImage> image = DiscImage::open(std::move(segments), &why);
+    std::shared_ptr<const DiscImage> image =
+        DiscImage::open(std::move(segments), std::move(sources), &why);
     if (!image)
         return fail({ErrorKind::ImageMissing, why.toStdString()});
     return image;

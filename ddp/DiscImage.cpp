@@ -27,9 +27,19 @@ DiscImage::~DiscImage() = default;
 
 std::shared_ptr<const DiscImage> DiscImage::open(std::vector<Segment> segments, QString* error)
 {
+    return open(std::move(segments), {}, error);
+}
+
+std::shared_ptr<const DiscImage> DiscImage::open(std::vector<Segment> segments,
+                                                 std::vector<std::shared_ptr<const Source>> sources,
+                                                 QString* error)
+{
     std::shared_ptr<DiscImage> image(new DiscImage);
     image->m_segments = std::move(segments);
-    for (const Segment& segment : image->m_segments) {
+    image->m_sources = std::move(sources);
+    image->m_sources.resize(image->m_segments.size());
+    for (std::size_t i = 0; i < image->m_segments.size(); ++i) {
+        const Segment& segment = image->m_segments[i];
         image->m_starts.push_back(image->m_length);
         image->m_length += segment.length;
         if (segment.kind == Segment::Kind::Silence) {
@@ -37,7 +47,7 @@ std::shared_ptr<const DiscImage> DiscImage::open(std::vector<Segment> segments, 
             continue;
         }
         if (segment.kind == Segment::Kind::Source) {
-            if (!segment.source) {
+            if (!image->m_sources[i]) {
                 if (error)
                     *error = QStringLiteral("%1: nothing reads this stream").arg(segment.path);
                 return nullptr;
@@ -121,7 +131,7 @@ std::uint64_t DiscImage::readSegment(std::size_t segment, std::uint64_t offset, 
         return size;
     }
     if (s.kind == Segment::Kind::Source)
-        return s.source->read(s.fileOffset + offset, out, size);
+        return m_sources[segment]->read(s.fileOffset + offset, out, size);
     OpenFile& file = *m_files[segment];
     const std::uint64_t position = s.fileOffset + offset;
 #ifdef Q_OS_UNIX

@@ -41,16 +41,20 @@ public:
             Source,
         };
         Kind kind = Kind::Silence;
-        QString path;                 // File: the file that holds the bytes
+        QString path;                 // File: the file that holds the bytes; Source: a name
         std::uint64_t fileOffset = 0; // File and Source: where the bytes start in it
         std::uint64_t length = 0;
-        std::shared_ptr<const DiscImage::Source> source; // Source: what reads them
     };
 
     // Opens every file segment, regular files only. Nothing, with `error`
     // naming the file and the reason, when one cannot be opened or a Source
     // segment has no source.
     static std::shared_ptr<const DiscImage> open(std::vector<Segment> segments,
+                                                 QString* error = nullptr);
+    // The same with what reads each Source segment: `sources[i]` for
+    // `segments[i]` (null for the other kinds).
+    static std::shared_ptr<const DiscImage> open(std::vector<Segment> segments,
+                                                 std::vector<std::shared_ptr<const Source>> sources,
                                                  QString* error = nullptr);
     // One whole file as the image: the usual DDP.
     static std::shared_ptr<const DiscImage> openFile(const QString& path, QString* error = nullptr);
@@ -84,7 +88,8 @@ private:
                               std::uint64_t size) const;
 
     std::vector<Segment> m_segments;
-    std::vector<std::uint64_t> m_starts;            // where each segment starts
-    std::vector<std::unique_ptr<OpenFile>> m_files; // one per segment, empty for silence
+    std::vector<std::uint64_t> m_starts;                  // where each segment starts
+    std::vector<std::unique_ptr<OpenFile>> m_files;       // one per segment, empty for silence
+    std::vector<std::shared_ptr<const Source>> m_sources; // one per segment, set for Source
     std::uint64_t m_length = 0;
 };
