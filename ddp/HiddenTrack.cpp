@@ -13,7 +13,8 @@
 
 QString hiddenTrackIndexText()
 {
-    return QStringLiteral("Pause (audio)");
+    // As short as "Start 1", so that it fits the Index column unwrapped.
+    return QStringLiteral("Hidden");
 }
 
 bool firstPauseHoldsAudio(const DDPModel& model, const DiscImage& image)
@@ -55,7 +56,9 @@ bool markHiddenTrack(const DDPModel& model, QStandardItemModel& table, const Dis
 {
     if (!firstPauseHoldsAudio(model, image))
         return false;
-    if (QStandardItem* item = table.item(0, TrackTableRows::Index))
+    if (QStandardItem* item = table.item(0, TrackTableRows::Index)) {
         item->setText(hiddenTrackIndexText());
+        item->setToolTip(QStringLiteral("The pause before track 1 holds audio: a hidden track."));
+    }
     return true;
 }

@@ -6,8 +6,8 @@ class DDPModel;
 class DiscImage;
 class QStandardItemModel;
 
-// The Index text of a first pause that holds audio: a hidden track, which a
-// CD player reaches only by rewinding from track 1.
+// The Index text of a first pause that holds audio ("Hidden"): a hidden
+// track, which a CD player reaches only by rewinding from track 1.
 QString hiddenTrackIndexText();
 
 // Whether the pause before track 1 holds audio: it is shown as the first row

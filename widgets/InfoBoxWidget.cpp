@@ -8,7 +8,9 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QStringList>
+#include <QTextDocument>
 
 #include <exception>
 
@@ -59,6 +61,51 @@ QLabel* makeLabel(const char* name, QWidget* parent)
     return label;
 }
 
+// The notes about the disc, one line each and never wrapped, so that they
+// take a known height from the table: a note wider than the window is cut
+// with "…", and past two notes the second line counts the rest. text() keeps
+// every note whole; the tool tip shows them all.
+class StatusLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+    static constexpr int kMaxLines = 2;
+
+    QStringList shownLines() const
+    {
+        QStringList lines = text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        if (lines.size() > kMaxLines) {
+            const int more = int(lines.size()) - (kMaxLines - 1);
+            lines = lines.mid(0, kMaxLines - 1);
+            lines << QStringLiteral("%1 more notes about this disc: point here to read them all.")
+                         .arg(more);
+        }
+        return lines;
+    }
+    QSize sizeHint() const override
+    {
+        const QMargins m = contentsMargins();
+        return {0, int(shownLines().size()) * fontMetrics().lineSpacing() + m.top() + m.bottom()};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::WindowText));
+        const QRect area = contentsRect();
+        const QFontMetrics metrics = fontMetrics();
+        int y = area.top();
+        for (const QString& line : shownLines()) {
+            const QString shown = metrics.elidedText(line, Qt::ElideRight, area.width());
+            painter.drawText(QRect(area.left(), y, area.width(), metrics.lineSpacing()),
+                             Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+            y += metrics.lineSpacing();
+        }
+    }
+};
+
 } // namespace
 
 InfoBoxWidget::InfoBoxWidget(QWidget* parent) : QWidget(parent)
@@ -97,9 +144,10 @@ void InfoBoxWidget::setupUi()
     m_gridLayout->addWidget(m_upcEanLabel, 1, 0);
     m_gridLayout->addWidget(m_artistLabel, 1, 1);
     m_gridLayout->addWidget(m_albumLabel, 1, 2);
-    m_statusLabel = makeLabel("statusLabel", this);
-    m_statusLabel->setWordWrap(true);
-    m_statusLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_statusLabel = new StatusLabel(this);
+    m_statusLabel->setObjectName(QStringLiteral("statusLabel"));
+    m_statusLabel->setTextFormat(Qt::PlainText);
+    m_statusLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     QPalette palette = m_statusLabel->palette();
     palette.setColor(QPalette::WindowText, Theme::warning());
     m_statusLabel->setPalette(palette);
@@ -128,6 +176,7 @@ void InfoBoxWidget::clear()
         value->setToolTip(QString());
     }
     m_statusLabel->clear();
+    m_statusLabel->setToolTip(QString());
     m_statusLabel->hide();
 }
 
@@ -152,6 +201,9 @@ void InfoBoxWidget::setModel(const DDPModel& model)
         status << skippedStreamText(stream);
     if (!status.isEmpty()) {
         m_statusLabel->setText(status.join(QLatin1Char('\n')));
+        m_statusLabel->setToolTip(
+            Qt::convertFromPlainText(m_statusLabel->text(), Qt::WhiteSpaceNormal));
+        m_statusLabel->updateGeometry();
         m_statusLabel->show();
     }
 }

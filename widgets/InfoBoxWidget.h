@@ -26,7 +26,9 @@ public:
     QLabel* albumLabel() const { return m_albumLabel; }
     // Lines under the values for what the engineer must know about the disc
     // as a whole, one each (an image shorter than its PQ, CD-Text too long
-    // for the lead-in); hidden when all is well.
+    // for the lead-in, a data session left out); hidden when all is well.
+    // text() holds every note; at most two lines are shown, each cut to the
+    // width, and the tool tip holds them all.
     QLabel* statusLabel() const { return m_statusLabel; }
 
 private:

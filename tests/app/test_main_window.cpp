@@ -190,7 +190,7 @@ private slots:
             QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
             QTableView* view = window.tableViewWidget()->tableView();
             QCOMPARE(view->model()->index(0, 2).data().toString(),
-                     silent ? QStringLiteral("Pause") : QStringLiteral("Pause (audio)"));
+                     silent ? QStringLiteral("Pause") : QStringLiteral("Hidden"));
             if (silent)
                 continue;
             window.onCellDoubleClicked(view->model()->index(0, 2));

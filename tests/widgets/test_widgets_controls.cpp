@@ -250,6 +250,41 @@ private slots:
         QCOMPARE(box.statusLabel()->text().count(QLatin1Char('\n')), 0);
     }
 
+    // However long and however many, the notes about a disc take a line
+    // each and at most two from the table, so that the smallest window keeps
+    // its rows; every note stays whole in the text and the tool tip.
+    void infoBoxNotesKeepTheirHeight()
+    {
+        InfoBoxWidget box;
+        box.resize(466, 120);
+        const int line = box.statusLabel()->fontMetrics().lineSpacing();
+        ImageLayout layout;
+        layout.skipped = {{"ENHANCED_DATA_SESSION.DAT", "M1"}};
+        DDPModel data;
+        data.setImageLayout(layout);
+        box.setModel(data);
+        QVERIFY(!box.statusLabel()->isHidden());
+        QVERIFY(box.statusLabel()->text().contains(QStringLiteral("ENHANCED_DATA_SESSION.DAT")));
+        QCOMPARE(box.statusLabel()->sizeHint().height(), line); // not wrapped at 466
+
+        DDPModel three;
+        three.setImageExtent(1000, 1000 + 176400);
+        CdTextRecord longText = albumText("Long", "Text", "");
+        longText.largestBlockPacks = 305;
+        three.setCdText(longText);
+        three.setImageLayout(layout);
+        box.setModel(three);
+        QCOMPARE(box.statusLabel()->sizeHint().height(), 2 * line);
+        QCOMPARE(box.statusLabel()->text().count(QLatin1Char('\n')), 2);
+        const QString tip = box.statusLabel()->toolTip();
+        for (const char* note : {"shorter", "305 packs", "ENHANCED_DATA_SESSION.DAT"})
+            QVERIFY2(tip.contains(QLatin1String(note)), note);
+
+        box.setModel(DDPModel());
+        QVERIFY(box.statusLabel()->isHidden());
+        QVERIFY(box.statusLabel()->toolTip().isEmpty());
+    }
+
     void fontTable()
     {
         QCOMPARE(FontTable::font(0).pointSize(), 7);

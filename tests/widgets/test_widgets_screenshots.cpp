@@ -228,6 +228,45 @@ private slots:
         }
     }
 
+    // The real window with what the info area must say about a disc: a
+    // split image with a data session left out, and a first pause that holds
+    // audio (a hidden track), at the smallest size and a working size.
+    void mainWindowDiscNotes()
+    {
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, [] {
+            if (QWidget* modal = QApplication::activeModalWidget())
+                modal->close();
+        });
+        answer.start(20);
+        mkddp::DiscSpec split = mkddp::simpleDisc(3, 10);
+        split.cdText = true;
+        split.album = {QStringLiteral("Enhanced Album"), QStringLiteral("The Test Band")};
+        split.imageStreams = 3;
+        split.dataStream = true;
+        mkddp::DiscSpec hidden = mkddp::simpleDisc(3, 10);
+        hidden.tracks[0].pauseFrames = mkddp::cdFrames(95);
+        const std::pair<const char*, mkddp::DiscSpec> discs[] = {{"split-data", split},
+                                                                 {"hidden-track", hidden}};
+        for (const auto& [name, spec] : discs) {
+            QTemporaryDir dir;
+            QVERIFY(mkddp::writeDisc(spec, dir.path()));
+            MainWindow window;
+            window.openPath(dir.path());
+            window.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            for (const QSize size :
+                 {window.minimumSizeHint().expandedTo(window.minimumSize()), QSize(1000, 760)}) {
+                window.resize(size);
+                QTest::qWait(50);
+                save(window, QStringLiteral("main-window-%1-%2x%3")
+                                 .arg(QLatin1String(name))
+                                 .arg(window.width())
+                                 .arg(window.height()));
+            }
+        }
+    }
+
     void manyTracks()
     {
         // Enough rows for the vertical scroll bar.

@@ -111,7 +111,7 @@ Table expectedTable(const DiscSpec& spec)
             const bool hiddenTrack =
                 i == 1 && spec.content == AudioContent::TestPattern && !spec.silentPauses;
             row.append(e.index >= 1  ? QStringLiteral("Start %1").arg(e.index)
-                       : hiddenTrack ? QStringLiteral("Pause (audio)")
+                       : hiddenTrack ? QStringLiteral("Hidden")
                                      : QStringLiteral("Pause"));
             row.append(i == 1 ? QStringLiteral("-") + timeText(gap)
                               : timeText(wholeSeconds(e) - gap));
