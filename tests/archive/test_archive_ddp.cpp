@@ -117,16 +117,18 @@ bool libzipArchive(const QString& zipPath, const QString& discFolder, const QByt
     return zip_close(archive) == 0;
 }
 
-// Makes the archive's first entry named `name` claim `extra` more bytes, in
-// its local header and in the central directory alike.
-bool claimMore(const QString& zipPath, const QByteArray& name, quint32 extra)
+// Changes what the archive's entry `name` claims, in its local header and in
+// the central directory alike: `packed` bytes more of compressed data,
+// `unpacked` bytes more once unpacked (either may be negative).
+bool patchClaims(const QString& zipPath, const QByteArray& name, qint32 packed, qint32 unpacked)
 {
     QByteArray bytes = readFile(zipPath);
     auto u16 = [&](int at) {
         return quint32(quint8(bytes[at])) | quint32(quint8(bytes[at + 1])) << 8;
     };
     auto u32 = [&](int at) { return u16(at) | u16(at + 2) << 16; };
-    auto put32 = [&](int at, quint32 v) {
+    auto add32 = [&](int at, qint32 delta) {
+        const quint32 v = u32(at) + quint32(delta);
         for (int b = 0; b < 4; ++b)
             bytes[at + b] = char((v >> (8 * b)) & 0xFF);
     };
@@ -134,10 +136,10 @@ bool claimMore(const QString& zipPath, const QByteArray& name, quint32 extra)
         if (bytes.mid(at + 46, int(u16(at + 28))) != name)
             continue;
         const int local = int(u32(at + 42));
-        put32(at + 20, u32(at + 20) + extra);
-        put32(at + 24, u32(at + 24) + extra);
-        put32(local + 18, u32(local + 18) + extra);
-        put32(local + 22, u32(local + 22) + extra);
+        add32(at + 20, packed);
+        add32(at + 24, unpacked);
+        add32(local + 18, packed);
+        add32(local + 22, unpacked);
         return writeFile(zipPath, bytes);
     }
     return false;
@@ -389,7 +391,7 @@ private slots:
         if (fault == QLatin1String("cut"))
             QVERIFY(writeFile(zip, readFile(zip).chopped(10)));
         if (fault == QLatin1String("claims"))
-            QVERIFY(claimMore(zip, "IMAGE.DAT", 100000));
+            QVERIFY(patchClaims(zip, "IMAGE.DAT", 100000, 100000));
         if (fault == QLatin1String("garbage"))
             QVERIFY(writeFile(zip, QByteArray(5000, 'P')));
 
@@ -445,6 +447,26 @@ private slots:
         QVERIFY(entry.opened.result.message.find("IMAGE.DAT") != std::string::npos);
         // The real limits leave room for the longest disc.
         QVERIFY(kMaxUnpackedImageBytes >= 870'000'000ull);
+    }
+
+    // A compressed entry that claims fewer bytes than it unpacks to: the
+    // unpacking stops at the claim and leaves nothing.
+    void refusesAnEntryThatUnpacksToMoreThanItClaims()
+    {
+        const QString top = disc(mkddp::simpleDisc(2, 2));
+        QVERIFY(runZip(top, {QStringLiteral("-6"), QStringLiteral("-r"), QStringLiteral("../m.zip"),
+                             QStringLiteral(".")}));
+        const QString zip = top + QStringLiteral("/../m.zip");
+        QVERIFY(patchClaims(zip, "IMAGE.DAT", 0, -100000));
+        Loaded loaded;
+        load(loaded, zip, options());
+        QCOMPARE(int(loaded.load.kind), int(ErrorKind::NoError));
+        LoadResult error;
+        QVERIFY(!loaded.opened.ddp->openImage(loaded.model.imageLayout(), {}, nullptr, &error));
+        QCOMPARE(int(error.kind), int(ErrorKind::ArchiveInvalid));
+        QVERIFY2(QString::fromStdString(error.message).contains(QStringLiteral("more than")),
+                 error.message.c_str());
+        QVERIFY(filesUnder(loaded.opened.ddp->unpackFolder()).isEmpty());
     }
 
     // Unpacking stops when cancelled and leaves no part of the stream.

@@ -186,7 +186,15 @@ private slots:
         QTest::newRow("11") << 11 << QString() << "Unknown Error"
                             << "Tivora went into unknown issues." + kProper;
         QTest::newRow("12") << 12 << QString() << QString() << QString();
-        QTest::newRow("13") << 13 << QString() << QString() << QString();
+        QTest::newRow("13") << 13 << "The entry \"link\" is a link."
+                            << "ZIP Archive Invalid"
+                            << "Tivora cannot read the DDP in this ZIP archive. The archive is "
+                               "damaged, truncated or encrypted, or it holds entries that Tivora "
+                               "does not open for your safety: links, names that lead out of the "
+                               "archive, or files larger than any disc.<br><br>Unpack the archive "
+                               "with a tool you trust and open the DDP folder, or ask for a new "
+                               "archive.";
+        QTest::newRow("14") << 14 << QString() << QString() << QString();
     }
 
     void titleAndTextOfEveryKind()
