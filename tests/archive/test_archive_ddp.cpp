@@ -86,9 +86,10 @@ QStringList filesUnder(const QString& dir)
 }
 
 // An archive written by libzip: the disc's files at the root, stored, plus
-// `extra` (a name and its bytes), as a link when `link` is set.
+// `extra` (a name and its bytes), with the Unix file type `type` when it is
+// not 0 (S_IFLNK for a link).
 bool libzipArchive(const QString& zipPath, const QString& discFolder, const QByteArray& extraName,
-                   const QByteArray& extraBytes, bool link)
+                   const QByteArray& extraBytes, quint32 type = 0)
 {
     int code = 0;
     zip_t* archive =
@@ -111,9 +112,9 @@ bool libzipArchive(const QString& zipPath, const QString& discFolder, const QByt
         zip_discard(archive);
         return false;
     }
-    if (link)
+    if (type != 0)
         zip_file_set_external_attributes(archive, zip_uint64_t(index), 0, ZIP_OPSYS_UNIX,
-                                         (S_IFLNK | 0777u) << 16);
+                                         (type | 0644u) << 16);
     return zip_close(archive) == 0;
 }
 
@@ -375,11 +376,11 @@ private slots:
         const QStringList plain{QStringLiteral("-0"), QStringLiteral("-r"),
                                 QStringLiteral("../disc.zip"), QStringLiteral(".")};
         if (fault == QLatin1String("dotdot"))
-            QVERIFY(libzipArchive(zip, top, "../evil.txt", "x", false));
+            QVERIFY(libzipArchive(zip, top, "../evil.txt", "x"));
         else if (fault == QLatin1String("absolute"))
-            QVERIFY(libzipArchive(zip, top, "/tmp/evil.txt", "x", false));
+            QVERIFY(libzipArchive(zip, top, "/tmp/evil.txt", "x"));
         else if (fault == QLatin1String("link"))
-            QVERIFY(libzipArchive(zip, top, "IMAGE2.DAT", "/etc/passwd", true));
+            QVERIFY(libzipArchive(zip, top, "IMAGE2.DAT", "/etc/passwd", S_IFLNK));
         else if (fault == QLatin1String("encrypted"))
             QVERIFY(runZip(top, QStringList{QStringLiteral("-e"), QStringLiteral("-P"),
                                             QStringLiteral("secret")} +
@@ -562,6 +563,17 @@ private slots:
         QVERIFY(!ddp.exists("b/image.dat"));
         QVERIFY(!ddp.exists(""));
         QCOMPARE(ddp.readFile("ddpms", 10).status, FileContent::TooLarge);
+
+        // An image entry that says it is a pipe is no file at all, as in a
+        // folder: the disc shows, with its image missing.
+        const QString noImage = disc(mkddp::simpleDisc(1, 1));
+        QVERIFY(QFile::remove(noImage + QStringLiteral("/IMAGE.DAT")));
+        const QString fifoZip = path(QStringLiteral("fifo.zip"));
+        QVERIFY(libzipArchive(fifoZip, noImage, "IMAGE.DAT", QByteArray(2352, '\0'), S_IFIFO));
+        Loaded fifo;
+        load(fifo, fifoZip, options());
+        QCOMPARE(int(fifo.load.kind), int(ErrorKind::ImageMissing));
+        QVERIFY(!fifo.opened.ddp->exists("IMAGE.DAT"));
 
         // No DDP in an archive is what a folder without one gets.
         QVERIFY(writeFile(path(QStringLiteral("plain.txt")), "hello"));
