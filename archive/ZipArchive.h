@@ -71,6 +71,9 @@ private:
     QString m_path;
     zip* m_zip = nullptr;
     std::vector<Entry> m_entries;
-    mutable std::mutex m_mutex;                              // guards m_zip and m_open
+    // Every thread that reads (playback's reader thread, an export worker,
+    // the loader on the GUI thread) takes m_mutex before touching m_zip or
+    // m_openStored; m_entries is written once by open() and only read after.
+    mutable std::mutex m_mutex;
     mutable std::map<std::uint64_t, zip_file*> m_openStored; // stored entries kept open
 };
