@@ -3,10 +3,12 @@
 // meter fed. Twenty-four calls (the three refill chunks the reader keeps
 // ready ahead) are timed together; between batches the reader thread is
 // given time to refill, outside the timing, so that the figure is the
-// callback alone. Also the reader's side: one
-// 8 KiB chunk read from a file in the page cache and converted.
+// callback alone. Also the reader's side: one 8 KiB chunk read from a file
+// in the page cache and converted, with a plain file read and as the reader
+// makes it, through the disc image (one file, and twenty).
 #include "audio/DiskStreaming.h"
 #include "audio/StreamingConstants.h"
+#include "ddp/DiscImage.h"
 
 #include <QDir>
 #include <QFile>
@@ -106,6 +108,63 @@ void BM_ReaderRefill8KiB(benchmark::State& state)
                             Audio::kRefillChunkBytes);
 }
 BENCHMARK(BM_ReaderRefill8KiB)
+    ->Unit(benchmark::kNanosecond)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
+
+// The same refill as the reader makes it: a positional read through the
+// disc image, then the conversion. Over one file, and over the same bytes
+// split into twenty files, where one chunk in about eighty crosses from one
+// file into the next.
+void BM_DiscImageRefill8KiB(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    const QString path = writeImage(dir);
+    std::shared_ptr<const DiscImage> image;
+    const int files = static_cast<int>(state.range(0));
+    if (files == 1) {
+        image = DiscImage::openFile(path);
+    } else {
+        QFile whole(path);
+        whole.open(QIODevice::ReadOnly);
+        const QByteArray bytes = whole.readAll();
+        // Parts of whole frames, the last taking the rest.
+        const int part = bytes.size() / files / 4 * 4;
+        std::vector<DiscImage::Segment> segments;
+        for (int k = 0; k < files; ++k) {
+            const int from = k * part;
+            const int size = k + 1 == files ? bytes.size() - from : part;
+            const QString name = QDir(dir.path()).filePath(QStringLiteral("IMAGE%1.DAT").arg(k));
+            QFile file(name);
+            file.open(QIODevice::WriteOnly);
+            file.write(bytes.constData() + from, size);
+            DiscImage::Segment segment;
+            segment.kind = DiscImage::Segment::Kind::File;
+            segment.path = name;
+            segment.length = static_cast<std::uint64_t>(size);
+            segments.push_back(segment);
+        }
+        image = DiscImage::open(std::move(segments));
+    }
+    if (!image) {
+        state.SkipWithError("image did not open");
+        return;
+    }
+    std::vector<char> bytes(Audio::kRefillChunkBytes);
+    std::vector<float> samples(Audio::kRefillChunkSamples);
+    std::uint64_t offset = 0;
+    for (auto _ : state) {
+        const std::uint64_t got = image->read(offset, bytes.data(), Audio::kRefillChunkBytes);
+        Audio::convertSamples(bytes.data(), static_cast<std::uint32_t>(got), samples.data());
+        benchmark::DoNotOptimize(samples.data());
+        offset = (offset + Audio::kRefillChunkBytes) % (29 * 176400);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            Audio::kRefillChunkBytes);
+}
+BENCHMARK(BM_DiscImageRefill8KiB)
+    ->Arg(1)
+    ->Arg(20)
     ->Unit(benchmark::kNanosecond)
     ->Repetitions(5)
     ->ReportAggregatesOnly(true);
