@@ -153,6 +153,6 @@ QString imageShortText(std::uint64_t missingBytes)
 
 QString skippedStreamText(const SkippedStream& stream)
 {
-    return QStringLiteral("%1 is left out: its data mode %2 is not audio (a data session).")
+    return QStringLiteral("Data session %1 (mode %2) is not audio: not played or exported.")
         .arg(ddpFileNameFromBytes(stream.name), QString::fromLatin1(stream.mode.c_str()).trimmed());
 }

@@ -22,5 +22,5 @@ QString plainErrorText(ErrorKind kind, const std::string& message = {});
 QString imageShortText(std::uint64_t missingBytes);
 
 struct SkippedStream;
-// "DATA.DAT is left out: its data mode M1 is not audio (a data session)."
+// "Data session DATA.DAT (mode M1) is not audio: not played or exported."
 QString skippedStreamText(const SkippedStream& stream);
