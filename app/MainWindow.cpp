@@ -306,14 +306,21 @@ LoadResult MainWindow::load(const QDir& folder)
         return result;
     }
 
+    // Every audio stream of the disc, opened now: a file swapped or removed
+    // later is still read as it was loaded. One that was there for the
+    // loader but cannot be opened (no permission, gone meanwhile) is a
+    // missing image like any other, with the disc still in view.
+    QString imageError;
+    std::shared_ptr<const DiscImage> image =
+        openDiscImage(folder.absolutePath(), m_model->imageLayout(), &imageError);
+    if (!image) {
+        m_lastResult = {ErrorKind::ImageMissing, imageError.toStdString()};
+        showError(m_lastResult, this);
+        return m_lastResult;
+    }
     m_loadedFolder = folder.absolutePath();
     m_player.setTrackSource(m_model);
-    // Every audio stream of the disc, opened now: a file swapped or removed
-    // later is still read as it was loaded.
-    std::shared_ptr<const DiscImage> image =
-        openDiscImage(folder.absolutePath(), m_model->imageLayout());
-    if (image)
-        markHiddenTrack(*m_model, *m_itemModel, *image);
+    markHiddenTrack(*m_model, *m_itemModel, *image);
     m_player.load(std::move(image), {});
     startDisplayTimer();
     refreshDisplay();
