@@ -9,9 +9,21 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 
+#ifdef Q_OS_UNIX
 #include <unistd.h>
+#endif
 
 namespace {
+
+// The user this process runs as; folders of other users are never used.
+uint currentUser()
+{
+#ifdef Q_OS_UNIX
+    return static_cast<uint>(::getuid());
+#else
+    return static_cast<uint>(-2); // what QFileInfo::ownerId() says where there are no ids
+#endif
+}
 
 // "<pid>-<8 random letters>": a name this program made, never one a user
 // chose, so removing it never deletes somebody else's files.
@@ -43,7 +55,7 @@ QString UnpackFolder::defaultBase()
     if (!cache.isEmpty())
         return QDir(cache).filePath(QStringLiteral("tivora/unpacked"));
     return QDir(QDir::tempPath())
-        .filePath(QStringLiteral("tivora-unpacked-%1").arg(static_cast<qulonglong>(::getuid())));
+        .filePath(QStringLiteral("tivora-unpacked-%1").arg(static_cast<qulonglong>(currentUser())));
 }
 
 std::unique_ptr<UnpackFolder> UnpackFolder::create(const QString& base, QString* error)
@@ -56,7 +68,7 @@ std::unique_ptr<UnpackFolder> UnpackFolder::create(const QString& base, QString*
     if (!QDir().mkpath(base))
         return fail(QStringLiteral("Could not create the folder \"%1\".").arg(base));
     const QFileInfo baseInfo(base);
-    if (baseInfo.isSymLink() || !baseInfo.isDir() || baseInfo.ownerId() != ::getuid())
+    if (baseInfo.isSymLink() || !baseInfo.isDir() || baseInfo.ownerId() != currentUser())
         return fail(QStringLiteral("\"%1\" is not a folder of this user.").arg(base));
     QFile::setPermissions(base, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
