@@ -89,49 +89,14 @@ zip_file* ZipArchive::openEntry(const Entry& entry, QString* error) const
     return file;
 }
 
-std::optional<std::string> ZipArchive::readAll(const Entry& entry, std::uint64_t limit,
-                                               QString* error) const
-{
-    if (entry.size > limit)
-        return std::nullopt;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    zip_file* file = openEntry(entry, error);
-    if (!file)
-        return std::nullopt;
-    // One byte past the claim shows an entry that unpacks to more.
-    std::string bytes(static_cast<std::size_t>(entry.size) + 1, '\0');
-    std::uint64_t done = 0;
-    while (done < bytes.size()) {
-        const zip_int64_t got = zip_fread(file, bytes.data() + done, bytes.size() - done);
-        if (got < 0) {
-            if (error)
-                *error = QString::fromLocal8Bit(zip_file_strerror(file));
-            zip_fclose(file);
-            return std::nullopt;
-        }
-        if (got == 0)
-            break;
-        done += static_cast<std::uint64_t>(got);
-    }
-    zip_fclose(file);
-    if (done != entry.size) {
-        if (error)
-            *error =
-                QStringLiteral("holds %1 bytes, not the %2 it claims").arg(done).arg(entry.size);
-        return std::nullopt;
-    }
-    bytes.resize(static_cast<std::size_t>(done));
-    return bytes;
-}
-
-std::optional<std::string> ZipArchive::readHead(const Entry& entry, std::uint64_t limit,
+std::optional<std::string> ZipArchive::readUpTo(const Entry& entry, std::uint64_t count,
                                                 QString* error) const
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     zip_file* file = openEntry(entry, error);
     if (!file)
         return std::nullopt;
-    std::string bytes(static_cast<std::size_t>(std::min(limit, entry.size)), '\0');
+    std::string bytes(static_cast<std::size_t>(count), '\0');
     std::uint64_t done = 0;
     while (done < bytes.size()) {
         const zip_int64_t got = zip_fread(file, bytes.data() + done, bytes.size() - done);
@@ -148,6 +113,29 @@ std::optional<std::string> ZipArchive::readHead(const Entry& entry, std::uint64_
     zip_fclose(file);
     bytes.resize(static_cast<std::size_t>(done));
     return bytes;
+}
+
+std::optional<std::string> ZipArchive::readAll(const Entry& entry, std::uint64_t limit,
+                                               QString* error) const
+{
+    if (entry.size > limit)
+        return std::nullopt;
+    // One byte past the claim shows an entry that unpacks to more.
+    std::optional<std::string> bytes = readUpTo(entry, entry.size + 1, error);
+    if (bytes && bytes->size() != entry.size) {
+        if (error)
+            *error = QStringLiteral("holds %1 bytes, not the %2 it claims")
+                         .arg(bytes->size())
+                         .arg(entry.size);
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+std::optional<std::string> ZipArchive::readHead(const Entry& entry, std::uint64_t limit,
+                                                QString* error) const
+{
+    return readUpTo(entry, std::min(limit, entry.size), error);
 }
 
 std::uint64_t ZipArchive::readStored(const Entry& entry, std::uint64_t offset, char* out,

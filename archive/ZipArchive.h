@@ -67,6 +67,9 @@ public:
 private:
     ZipArchive() = default;
     zip_file* openEntry(const Entry& entry, QString* error) const;
+    // At most `count` bytes of the entry from its start, under the lock.
+    std::optional<std::string> readUpTo(const Entry& entry, std::uint64_t count,
+                                        QString* error) const;
 
     QString m_path;
     zip* m_zip = nullptr;

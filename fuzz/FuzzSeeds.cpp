@@ -3,9 +3,14 @@
 #include "fuzz/FuzzInput.h"
 #include "tools/mkddp/Mkddp.h"
 
+#include <QDir>
 #include <QFile>
 
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
+
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -104,4 +109,28 @@ int writeFuzzSeeds(const char* dir)
     if (!writeSeed(dir, QStringLiteral("sparse-pq"), joinFuzzInput(realistic, 1u << 15)))
         return 0;
     return written + 1;
+}
+
+void writeSeedsAndExitIfAsked(const std::function<int(const char* dir)>& write)
+{
+    if (const char* dir = std::getenv("TIVORA_FUZZ_SEEDS")) {
+        const int written = write(dir);
+        std::printf("wrote %d seeds to %s\n", written, dir);
+        std::exit(written > 0 ? 0 : 1);
+    }
+}
+
+namespace {
+QString g_fuzzRoot;
+}
+
+QString makeFuzzRoot(const QString& target)
+{
+    g_fuzzRoot = QDir::tempPath() + QStringLiteral("/tivora-%1-%2").arg(target).arg(::getpid());
+    QDir().mkpath(g_fuzzRoot);
+    QFile outside(g_fuzzRoot + QStringLiteral("/OUTSIDE"));
+    if (outside.open(QIODevice::WriteOnly))
+        outside.write("bytes that are not the DDP's");
+    std::atexit([] { QDir(g_fuzzRoot).removeRecursively(); });
+    return g_fuzzRoot;
 }

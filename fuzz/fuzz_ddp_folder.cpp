@@ -117,18 +117,10 @@ bool insideFolder(const FolderFileSource& source, const std::string& name)
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    if (const char* dir = std::getenv("TIVORA_FUZZ_SEEDS")) {
-        const int written = writeFuzzSeeds(dir);
-        std::printf("wrote %d seeds to %s\n", written, dir);
-        std::exit(written > 0 ? 0 : 1);
-    }
-    g_root = QDir::tempPath() + QStringLiteral("/tivora-fuzz-folder-%1").arg(::getpid());
+    writeSeedsAndExitIfAsked(writeFuzzSeeds);
+    g_root = makeFuzzRoot(QStringLiteral("fuzz-folder"));
     g_folder = g_root + QStringLiteral("/ddp");
     QDir().mkpath(g_folder);
-    QFile outside(g_root + QStringLiteral("/OUTSIDE"));
-    if (outside.open(QIODevice::WriteOnly))
-        outside.write("bytes that are not the DDP's");
-    std::atexit([] { QDir(g_root).removeRecursively(); });
     return 0;
 }
 

@@ -20,11 +20,7 @@
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    if (const char* dir = std::getenv("TIVORA_FUZZ_SEEDS")) {
-        const int written = writeFuzzSeeds(dir);
-        std::printf("wrote %d seeds to %s\n", written, dir);
-        std::exit(written > 0 ? 0 : 1);
-    }
+    writeSeedsAndExitIfAsked(writeFuzzSeeds);
     return 0;
 }
 

@@ -11,6 +11,8 @@
 // With TIVORA_FUZZ_SEEDS=DIR set, the binary writes its seed archives (discs
 // of the test-disc generator, zipped by libzip: stored, deflated, in a
 // folder, with a link and with a name leaving the archive) into DIR and exits.
+#include "fuzz/FuzzSeeds.h"
+
 #include "archive/ArchiveDdp.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
@@ -120,19 +122,11 @@ QStringList strayFiles()
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    if (const char* dir = std::getenv("TIVORA_FUZZ_SEEDS")) {
-        const int written = writeSeeds(QString::fromLocal8Bit(dir));
-        std::printf("wrote %d seeds to %s\n", written, dir);
-        std::exit(written > 0 ? 0 : 1);
-    }
-    g_root = QDir::tempPath() + QStringLiteral("/tivora-fuzz-zip-%1").arg(::getpid());
+    writeSeedsAndExitIfAsked(
+        [](const char* dir) { return writeSeeds(QString::fromLocal8Bit(dir)); });
+    g_root = makeFuzzRoot(QStringLiteral("fuzz-zip"));
     g_input = g_root + QStringLiteral("/input.zip");
     g_unpack = g_root + QStringLiteral("/unpack");
-    QDir().mkpath(g_root);
-    QFile outside(g_root + QStringLiteral("/OUTSIDE"));
-    if (outside.open(QIODevice::WriteOnly))
-        outside.write("bytes that are not the DDP's");
-    std::atexit([] { QDir(g_root).removeRecursively(); });
     return 0;
 }
 

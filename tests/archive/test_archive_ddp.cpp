@@ -61,19 +61,6 @@ QByteArray readAll(const DiscImage& image)
     return bytes;
 }
 
-// The disc's audio as the generator meant it: the test pattern, with the
-// frames left out between streams as silence.
-QByteArray expectedDisc(const mkddp::DiscSpec& spec)
-{
-    QByteArray bytes = mkddp::TestPattern(spec).bytes(0, mkddp::imageSize(spec));
-    qint64 end = 0;
-    for (const mkddp::ImageStreamFile& stream : mkddp::imageStreamFiles(spec)) {
-        bytes.replace(int(end), int(stream.begin - end), QByteArray(int(stream.begin - end), '\0'));
-        end = stream.end;
-    }
-    return bytes;
-}
-
 // Every file under `dir`, as paths relative to it.
 QStringList filesUnder(const QString& dir)
 {
@@ -257,12 +244,12 @@ private slots:
             },
             nullptr, &error);
         QVERIFY2(image, error.message.c_str());
-        QCOMPARE(readAll(*image), expectedDisc(spec));
+        QCOMPARE(readAll(*image), mkddp::expectedImageBytes(spec));
         // A read across the middle of the disc, as playback makes them.
         QByteArray middle(100000, '\0');
         const std::uint64_t at = image->length() / 2 - 50000;
         QCOMPARE(image->read(at, middle.data(), 100000), std::uint64_t(100000));
-        QCOMPARE(middle, expectedDisc(spec).mid(int(at), 100000));
+        QCOMPARE(middle, mkddp::expectedImageBytes(spec).mid(int(at), 100000));
 
         const QString unpackFolder = loaded.opened.ddp->unpackFolder();
         QCOMPARE(!unpackFolder.isEmpty(), unpacks);
@@ -275,7 +262,7 @@ private slots:
         loaded.opened.ddp.reset();
         if (unpacks)
             QVERIFY(!QFileInfo::exists(unpackFolder));
-        QCOMPARE(readAll(*image), expectedDisc(spec));
+        QCOMPARE(readAll(*image), mkddp::expectedImageBytes(spec));
         QVERIFY(filesUnder(path(QStringLiteral("unpack"))).isEmpty());
     }
 
@@ -292,7 +279,7 @@ private slots:
         QCOMPARE(int(loaded.load.kind), int(ErrorKind::NoError));
         auto image = loaded.opened.ddp->openImage(loaded.model.imageLayout());
         QVERIFY(image);
-        const QByteArray expected = expectedDisc(spec);
+        const QByteArray expected = mkddp::expectedImageBytes(spec);
         std::atomic<int> mismatches{0};
         auto reader = [&](std::uint64_t stride) {
             QByteArray chunk(8820, '\0');

@@ -49,19 +49,6 @@ QByteArray readAll(const DiscImage& image)
     return bytes;
 }
 
-// What the disc's streams hold, read back: the test pattern, with the frames
-// that the generator left out between streams as silence.
-QByteArray expectedDisc(const mkddp::DiscSpec& spec)
-{
-    QByteArray bytes = mkddp::TestPattern(spec).bytes(0, mkddp::imageSize(spec));
-    qint64 end = 0;
-    for (const mkddp::ImageStreamFile& stream : mkddp::imageStreamFiles(spec)) {
-        bytes.replace(int(end), int(stream.begin - end), QByteArray(int(stream.begin - end), '\0'));
-        end = stream.end;
-    }
-    return bytes;
-}
-
 QJsonObject infoJson(const QString& folder)
 {
     QProcess process;
@@ -257,7 +244,7 @@ private slots:
         QCOMPARE(model.imageShortBy(), std::uint64_t(0));
         const std::shared_ptr<const DiscImage> image = openDiscImage(folder, model.imageLayout());
         QVERIFY(image);
-        QCOMPARE(readAll(*image), expectedDisc(spec));
+        QCOMPARE(readAll(*image), mkddp::expectedImageBytes(spec));
 
         const QJsonObject json = infoJson(folder);
         QCOMPARE(json.value(QStringLiteral("streams")).toArray().size(), streams);
@@ -315,7 +302,7 @@ private slots:
                       {QStringLiteral("export"), folder, out});
         QVERIFY(process.waitForFinished(60000));
         QCOMPARE(process.exitCode(), 0);
-        const QByteArray whole = expectedDisc(spec);
+        const QByteArray whole = mkddp::expectedImageBytes(spec);
         for (int k = 0; k < spec.tracks.size(); ++k) {
             const int number = spec.firstTrackNumber + k;
             const qint64 start = mkddp::indexPosition(spec, number, 1);

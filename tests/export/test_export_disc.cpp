@@ -2,6 +2,7 @@
 // does and runs the same workers: every track's data chunk must be the
 // image's byte range exactly, under the name the window would propose.
 #include "ExportTestSupport.h"
+#include "GeneratedDiscs.h"
 
 #include "tools/mkddp/Mkddp.h"
 
@@ -71,21 +72,17 @@ class TestExportDisc : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString path(const QString& name) const { return m_dir.filePath(name); }
-
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec)
+    GeneratedDiscs m_discs;
+    QString path(const QString& name) const { return m_discs.path(name); }
+    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
     {
-        QString error;
-        if (!mkddp::writeDisc(spec, path(name), &error))
-            qWarning("%s", qPrintable(error));
-        return path(name);
+        return m_discs.write(name, spec);
     }
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_discs.isValid());
         QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
     }
 

@@ -3,6 +3,7 @@
 // control characters; and CD-Text control characters kept off the terminal by
 // `tivora-ddp export` and `tivora-ddp info`.
 #include "ExportTestSupport.h"
+#include "GeneratedDiscs.h"
 
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
@@ -79,21 +80,17 @@ class TestExportNames : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString path(const QString& name) const { return m_dir.filePath(name); }
-
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec)
+    GeneratedDiscs m_discs;
+    QString path(const QString& name) const { return m_discs.path(name); }
+    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
     {
-        QString error;
-        if (!mkddp::writeDisc(spec, path(name), &error))
-            qWarning("%s", qPrintable(error));
-        return path(name);
+        return m_discs.write(name, spec);
     }
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_discs.isValid());
         QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
     }
 

@@ -3,6 +3,7 @@
 // folder leave every file whole, a failure says the system's reason, and an
 // image shorter than its PQ never becomes WAVs of silence behind a success.
 #include "ExportTestSupport.h"
+#include "GeneratedDiscs.h"
 
 #include "ddp/DiscImage.h"
 #include "export/ImageRange.h"
@@ -28,7 +29,7 @@ QByteArray fileBytes(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Every track of the spec's disc in `out`, exactly; nothing else there.
+// Every track of the generated disc in `out`, exactly; nothing else there.
 bool allTracksWhole(const mkddp::DiscSpec& spec, const QString& out, QString* why)
 {
     const QStringList files = QDir(out).entryList(QDir::Files | QDir::System | QDir::Hidden);
@@ -55,21 +56,17 @@ class TestExportSafety : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    QString path(const QString& name) const { return m_dir.filePath(name); }
-
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec)
+    GeneratedDiscs m_discs;
+    QString path(const QString& name) const { return m_discs.path(name); }
+    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
     {
-        QString error;
-        if (!mkddp::writeDisc(spec, path(name), &error))
-            qWarning("%s", qPrintable(error));
-        return path(name);
+        return m_discs.write(name, spec);
     }
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_discs.isValid());
         QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
     }
 

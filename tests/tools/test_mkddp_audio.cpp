@@ -208,7 +208,7 @@ private slots:
 
     void exportNameOptions_data()
     {
-        // The command's options make the same disc as these changes of the spec.
+        // The command's options make the same disc as these changes to its DiscSpec.
         QTest::addColumn<QStringList>("options");
         QTest::addColumn<int>("tracks");
         QTest::addColumn<int>("change");

@@ -5,6 +5,9 @@
 // that pause, and so on.
 #include "tools/mkddp/Expected.h"
 
+#include "tools/mkddp/DiscFiles.h"
+#include "tools/mkddp/TestPattern.h"
+
 #include <QStringList>
 
 namespace mkddp {
@@ -234,6 +237,17 @@ QJsonValue expectedCdText(const DiscSpec& spec)
         {QStringLiteral("album"), spec.discId},
         {QStringLiteral("tracks"), tracks},
     };
+}
+
+QByteArray expectedImageBytes(const DiscSpec& spec)
+{
+    QByteArray bytes = TestPattern(spec).bytes(0, imageSize(spec));
+    qint64 end = 0;
+    for (const ImageStreamFile& stream : imageStreamFiles(spec)) {
+        bytes.replace(int(end), int(stream.begin - end), QByteArray(int(stream.begin - end), '\0'));
+        end = stream.end;
+    }
+    return bytes;
 }
 
 } // namespace mkddp

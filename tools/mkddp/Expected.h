@@ -37,4 +37,8 @@ QJsonArray expectedRows(const DiscSpec& spec);
 QJsonArray expectedIndexList(const DiscSpec& spec);
 QJsonValue expectedCdText(const DiscSpec& spec);
 
+// The disc's audio as a reader must get it back from all its streams: the
+// test pattern, with the frames left out between split streams as silence.
+QByteArray expectedImageBytes(const DiscSpec& spec);
+
 } // namespace mkddp
