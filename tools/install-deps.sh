@@ -16,4 +16,5 @@ $SUDO apt-get install -y --no-install-recommends \
   xvfb xauth x11-apps xdotool imagemagick \
   fonts-liberation \
   python3 time \
-  libzip-dev zip unzip
+  libzip-dev zip unzip \
+  libflac-dev libmp3lame-dev libtag1-dev flac cdrdao
