@@ -1,7 +1,8 @@
-// tivora-ddp export PATH OUTDIR [--track N]: the window's WAV export from the
-// command line, with the same workers and file names. Without --track every
-// track is written as "Export as WAV" writes them; with it, the track whose
-// number is N.
+// tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]: the
+// window's export from the command line, with the same workers and file
+// names. Without --track every track is written as "Export as WAV" writes
+// them; with it, the track whose number is N. FLAC and MP3 tracks are encoded
+// in parallel, tagged from the CD-Text and the PQ entries.
 #include "tools/tivora-ddp/Commands.h"
 #include "tools/tivora-ddp/ExportProgressLine.h"
 #include "tools/tivora-ddp/InfoReport.h"
@@ -10,6 +11,7 @@
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ErrorTexts.h"
 #include "ddp/ImageLayout.h"
+#include "export/EncodeWriter.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
@@ -29,7 +31,8 @@ namespace {
 
 int usage()
 {
-    std::fputs("usage: tivora-ddp export PATH OUTDIR [--track N]\n", stderr);
+    std::fputs("usage: tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n",
+               stderr);
     return 2;
 }
 
@@ -58,6 +61,7 @@ struct Arguments
     QString path;
     QString outDir;
     std::optional<int> track;
+    ExportFormat format = ExportFormat::Wav;
 };
 
 std::optional<Arguments> parse(const QStringList& args)
@@ -72,6 +76,11 @@ std::optional<Arguments> parse(const QStringList& args)
                 return std::nullopt;
             parsed.track = number;
             ++i;
+        } else if (args[i] == QLatin1String("--format") && i + 1 < args.size()) {
+            const std::optional<ExportFormat> format = formatFromText(args[++i]);
+            if (!format || args[i].contains(QLatin1Char('.')))
+                return std::nullopt;
+            parsed.format = *format;
         } else if (args[i].startsWith(QLatin1String("--"))) {
             return std::nullopt;
         } else {
@@ -169,9 +178,27 @@ int runExport(const QStringList& args)
                             .arg(*arguments->track)
                             .arg(QString::fromStdString(e.what())));
         }
-        const QString output = QDir(outDir).filePath(defaultFileName(model, *entry));
-        worker = std::make_unique<FileWriterOneTrack>(output, image, range.start, range.end);
+        QString output = QDir(outDir).filePath(defaultFileName(model, *entry));
+        if (arguments->format == ExportFormat::Wav) {
+            worker = std::make_unique<FileWriterOneTrack>(output, image, range.start, range.end);
+        } else {
+            output.chop(4); // ".wav"
+            worker = std::make_unique<EncodeWriter>(arguments->format,
+                                                    output + formatExtension(arguments->format),
+                                                    image, report.model, *entry);
+        }
         worker->setImage(disc);
+    } else if (arguments->format != ExportFormat::Wav) {
+        auto all = std::make_unique<EncodeWriter>(arguments->format, outDir, image, report.model);
+        all->setImage(disc);
+        QObject::connect(all.get(), &EncodeWriter::trackStarted, [&](int o, int c) {
+            ordinal = o;
+            count = c;
+        });
+        QObject::connect(all.get(), &EncodeWriter::trackSkipped, [](const QString& path) {
+            printListLine(QStringLiteral("skipped (empty track): ") + path);
+        });
+        worker = std::move(all);
     } else {
         auto all = std::make_unique<FileWriterAllTracks>(outDir, image, report.model);
         all->setImage(disc);
