@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ddp/DiscImage.h"
 #include "ddp/RegularFile.h"
 
 #include <QString>
@@ -8,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 // Where the reader gets the files of a DDP from. The parsers never see a
 // path: the folder implementation opens files at the edge, the in-memory one
@@ -31,6 +33,17 @@ public:
     // for the audio image, which the loader never reads).
     virtual std::optional<std::uint64_t> fileSize(const std::string& name) const = 0;
     bool exists(const std::string& name) const { return fileSize(name).has_value(); }
+    // The regular files beside the DDP's own (checksum files, for one), as
+    // names that the calls above take. None where a source cannot list.
+    virtual std::vector<std::string> fileNames() const { return {}; }
+    // One whole file as a DiscImage of its own, so that a reader can take it
+    // in blocks (checksums of files of any size); nothing when it cannot be
+    // opened.
+    virtual std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const
+    {
+        (void)name;
+        return nullptr;
+    }
 };
 
 // The files of a DDP folder on disk. Names are the map's byte strings, cut at
@@ -44,6 +57,8 @@ public:
     std::optional<std::string> readFileHead(const std::string& name,
                                             std::uint64_t limit) const override;
     std::optional<std::uint64_t> fileSize(const std::string& name) const override;
+    std::vector<std::string> fileNames() const override;
+    std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const override;
     // Where a name is looked for: the resolved path in the folder, or empty
     // when the name leads out of it.
     QString path(const std::string& name) const;
@@ -65,8 +80,13 @@ public:
     std::optional<std::string> readFileHead(const std::string& name,
                                             std::uint64_t limit) const override;
     std::optional<std::uint64_t> fileSize(const std::string& name) const override;
+    std::vector<std::string> fileNames() const override;
+    std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const override;
 
 private:
     const std::string* find(const std::string& name) const;
     std::map<std::string, std::string> m_files;
 };
+
+// Bytes in memory as a DiscImage of one Source segment called `name`.
+std::shared_ptr<const DiscImage> openBytesAsImage(std::string bytes, const QString& name);

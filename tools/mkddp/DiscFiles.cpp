@@ -56,6 +56,10 @@ qint64 writtenImageSize(const DiscSpec& spec)
         return 0;
     if (spec.has(Fault::ImageCutShort))
         return std::max<qint64>(0, imageSize(spec) - 176400);
+    if (spec.has(Fault::ImageTooLong))
+        return imageSize(spec) + 176400;
+    if (spec.has(Fault::ImagePartialFrame))
+        return imageSize(spec) + 1000;
     return imageSize(spec);
 }
 
@@ -170,7 +174,7 @@ bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error)
                 return fail(QStringLiteral("cannot write %1").arg(image.fileName()));
         }
     }
-    return true;
+    return writeChecksumFile(spec, folder, error);
 }
 
 } // namespace mkddp

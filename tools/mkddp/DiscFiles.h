@@ -25,6 +25,12 @@ DiscFiles buildFiles(const DiscSpec& spec, bool withImage = false);
 // in 1 MB chunks. False with a reason in `error` on any I/O failure.
 bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error = nullptr);
 
+// Writes the checksum file that spec.checksums asks for into a written
+// disc's folder (and applies the checksum faults).
+bool writeChecksumFile(const DiscSpec& spec, const QString& folder, QString* error = nullptr);
+// Its name for a style; empty for None.
+QString checksumFileName(ChecksumStyle style);
+
 // The single files, faults applied. Also useful on their own.
 QByteArray ddpidBytes(const DiscSpec& spec);
 QByteArray ddpmsBytes(const DiscSpec& spec);

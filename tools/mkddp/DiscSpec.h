@@ -56,6 +56,18 @@ struct TrackSpec
     double pauseSeconds() const { return pauseFrames / double(kFramesPerSecond); }
 };
 
+// A checksum file written beside the disc once it is complete, listing
+// every file of the DDP, as authoring tools do.
+enum class ChecksumStyle
+{
+    None,
+    Md5,           // CHECKSUM.MD5: "<md5>  NAME", LF, lower-case hex
+    Md5CrlfUpper,  // MD5_CHECKSUM.MD5: "<MD5> *NAME", CRLF, upper-case hex
+    Md5LowerNames, // checksum.md5: the names in lower case
+    CrcIni,        // CHECKSUM.TXT: "[CRC32 Checksum]" then "NAME=XXXXXXXX", CRLF
+    Unknown,       // CHECKSUM.TXT holding SHA-1 lines of the BSD style
+};
+
 enum class AudioContent
 {
     TestPattern, // see TestPattern.h: every byte is predictable
@@ -114,6 +126,7 @@ struct DiscSpec
     // frame counter, as a real disc's pauses do. Without it the pause before
     // track 1 holds a quiet signal: a hidden track, as far as a player can tell.
     bool silentPauses = false;
+    ChecksumStyle checksums = ChecksumStyle::None;
     QVector<Fault> faults;
 
     bool has(Fault fault) const { return faults.contains(fault); }

@@ -39,6 +39,19 @@ constexpr FaultInfo kFaults[] = {
     {Fault::ImageEmpty, "image-empty", 12},
     {Fault::ImageCutShort, "image-cut-short", 12},
     {Fault::DuplicateTrackNumbers, "duplicate-track-numbers", 12},
+    {Fault::TrackNumberGap, "track-number-gap", 12},
+    {Fault::IndexGap, "index-gap", 12},
+    {Fault::NoIndex01, "no-index-01", 12},
+    {Fault::TimeNotRising, "time-not-rising", 12},
+    {Fault::BadIsrc, "bad-isrc", 12},
+    {Fault::DuplicateIsrc, "duplicate-isrc", 12},
+    {Fault::UpcMismatch, "upc-mismatch", 12},
+    {Fault::CdTextBadCrc, "cdtext-bad-crc", 12},
+    {Fault::ImageTooLong, "image-too-long", 12},
+    {Fault::ImagePartialFrame, "image-partial-frame", 12},
+    {Fault::ChecksumFlippedByte, "checksum-flipped-byte", 12},
+    {Fault::ChecksumMissingFile, "checksum-missing-file", 12},
+    {Fault::ChecksumUnlistedFile, "checksum-unlisted-file", 12},
 };
 
 const FaultInfo& info(Fault fault)

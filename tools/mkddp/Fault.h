@@ -39,6 +39,21 @@ enum class Fault
     ImageEmpty,            // the image file is 0 bytes
     ImageCutShort,         // the image lacks its last second (176 400 bytes)
     DuplicateTrackNumbers, // every track's PQ entries carry the first track's number
+    // Breaking the rules a plant checks; all of these load (12).
+    TrackNumberGap,    // tracks after the first are numbered one higher (1, 3, 4, ...)
+    IndexGap,          // a track's index 02 is written as index 03 (with --index2)
+    NoIndex01,         // track 2's index 01 entry is written as index 02
+    TimeNotRising,     // the last track's index 01 carries the time of the entry before it
+    BadIsrc,           // track 1's ISRC is "US-AB1-23-45"
+    DuplicateIsrc,     // track 2 carries track 1's ISRC
+    UpcMismatch,       // the DDPID's UPC/EAN differs from the PQ descriptor's
+    CdTextBadCrc,      // the CRC of the first three CD-Text packs is wrong
+    ImageTooLong,      // one second of audio past the lead-out
+    ImagePartialFrame, // 1000 bytes past the lead-out: no whole number of frames
+    // Checksum files (with --checksums); all of these load (12).
+    ChecksumFlippedByte,  // one byte in the middle of the image flipped after checksumming
+    ChecksumMissingFile,  // the checksum file also lists MISSING.DAT, which is not written
+    ChecksumUnlistedFile, // the checksum file leaves out the PQ descriptor
 };
 
 // Command-line names: "no-ddpid", "ddpms-bad-first-tag", ...

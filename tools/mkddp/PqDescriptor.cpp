@@ -16,6 +16,11 @@ QByteArray entryIsrc(const DiscSpec& spec, const LayoutEntry& e)
     const TrackSpec& track = spec.tracks.at(e.trackNumber - spec.firstTrackNumber);
     if (e.index == 0 && track.pauseIsrc)
         return *track.pauseIsrc;
+    const int k = e.trackNumber - spec.firstTrackNumber;
+    if (k == 0 && spec.has(Fault::BadIsrc))
+        return "US-AB1-23-45";
+    if (k == 1 && spec.has(Fault::DuplicateIsrc))
+        return spec.tracks.at(0).isrc;
     return track.isrc;
 }
 
@@ -31,12 +36,28 @@ QByteArray pqBytes(const DiscSpec& spec)
         QByteArray entry(kEntrySize, ' ');
         putField(entry, 0, 4, i == 0 && spec.has(Fault::PqBadTag) ? "VVVX" : "VVVS");
         const bool renumber = spec.has(Fault::DuplicateTrackNumbers) && e.trackNumber > 0;
-        putField(entry, 4, 2, renumber ? digits(spec.firstTrackNumber, 2) : e.track);
-        putField(entry, 6, 2, digits(e.index, 2));
+        const bool gap = spec.has(Fault::TrackNumberGap) && e.trackNumber > spec.firstTrackNumber;
+        putField(entry, 4, 2,
+                 renumber ? digits(spec.firstTrackNumber, 2)
+                 : gap    ? digits((e.trackNumber + 1) % 100, 2)
+                          : e.track);
+        int index = e.index;
+        if (spec.has(Fault::IndexGap) && index == 2)
+            index = 3;
+        if (spec.has(Fault::NoIndex01) && index == 1 && e.trackNumber == spec.firstTrackNumber + 1)
+            index = 2;
+        putField(entry, 6, 2, digits(index, 2));
         putField(entry, 8, 2, spec.blankHours ? QByteArray("  ") : digits(spec.pqHours, 2));
         putField(entry, 10, 2, digits(e.minutes(), 2));
         putField(entry, 12, 2, digits(e.seconds(), 2));
         putField(entry, 14, 2, digits(e.frames(), 2));
+        if (spec.has(Fault::TimeNotRising) && i > 0 && e.index == 1 &&
+            e.trackNumber == spec.lastTrackNumber() && spec.tracks.size() > 1) {
+            const LayoutEntry& before = layout.at(i - 1);
+            putField(entry, 10, 2, digits(before.minutes(), 2));
+            putField(entry, 12, 2, digits(before.seconds(), 2));
+            putField(entry, 14, 2, digits(before.frames(), 2));
+        }
         putField(entry, 16, 4, spec.pqControl); // control bytes: "0100" is audio, ADR 1
         putField(entry, 20, 12, entryIsrc(spec, e));
         if (e.track == "00")

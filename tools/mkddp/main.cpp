@@ -57,6 +57,12 @@ Options of "test":
                         stream: silence between the files
   --start-sector S      the first stream's start sector in the map
   --data-stream         a data session after the audio (mode M1, DATA.DAT)
+  --checksums STYLE     a checksum file beside the disc listing its files:
+                        md5 (CHECKSUM.MD5), md5-crlf-upper (MD5_CHECKSUM.MD5,
+                        CRLF, upper-case hex, "*NAME"), md5-lower-names
+                        (checksum.md5, names in lower case), crc-ini
+                        (CHECKSUM.TXT, [CRC32 Checksum]), unknown (CHECKSUM.TXT
+                        of SHA-1 lines, a format no verifier is asked to read)
   --expected            print what `tivora-ddp info --json` should report
                         ("rows", "indexList", "cdText") after writing
   --fault NAME          inject a fault (repeatable); names:
@@ -190,7 +196,14 @@ int main(int argc, char** argv)
                 ok = number(&opts.startSector);
             else if (a == QLatin1String("--data-stream"))
                 opts.dataStream = true;
-            else if (a == QLatin1String("--fault")) {
+            else if (a == QLatin1String("--checksums")) {
+                ok = value(&text);
+                const QStringList styles = {QStringLiteral("md5"), QStringLiteral("md5-crlf-upper"),
+                                            QStringLiteral("md5-lower-names"),
+                                            QStringLiteral("crc-ini"), QStringLiteral("unknown")};
+                ok = ok && styles.contains(text);
+                opts.checksums = mkddp::ChecksumStyle(styles.indexOf(text) + 1);
+            } else if (a == QLatin1String("--fault")) {
                 ok = value(&text);
                 const std::optional<mkddp::Fault> fault = mkddp::faultFromName(text);
                 if (!fault)
@@ -273,6 +286,7 @@ int main(int argc, char** argv)
         spec.streamGapFrames = opts.streamGapFrames;
         spec.startSector = opts.startSector;
         spec.dataStream = opts.dataStream;
+        spec.checksums = opts.checksums;
         spec.faults = faults;
     } else {
         return fail(QStringLiteral("unknown command %1 (try --help)").arg(command));

@@ -1,0 +1,253 @@
+#include "verify/Verification.h"
+
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileLookup.h"
+#include "ddp/DdpFileSource.h"
+#include "ddp/DdpLoader.h"
+#include "ddp/DiscImage.h"
+#include "ddp/ReadLimits.h"
+
+#include <QFile>
+#include <QStringList>
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+// A name from the map as the file system has it.
+std::string diskName(const std::string& mapName)
+{
+    return QFile::encodeName(ddpFileNameFromBytes(mapName)).toStdString();
+}
+
+std::string lowered(std::string name)
+{
+    for (char& c : name)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return name;
+}
+
+bool containsIgnoringCase(const std::vector<std::string>& names, const std::string& name)
+{
+    return std::any_of(names.begin(), names.end(),
+                       [&name](const std::string& n) { return sameNameIgnoringCase(n, name); });
+}
+
+// The DDP's own files: the identifier, the map and every file the map names.
+std::vector<std::string> ddpFiles(const IDdpFileSource& source, const DDPModel& model,
+                                  const DdpFileNames& names)
+{
+    std::vector<std::string> files{"DDPID", "DDPMS"};
+    auto add = [&](const std::string& mapName) {
+        const std::string name = diskName(mapName);
+        if (!name.empty() && !containsIgnoringCase(files, name) && source.exists(name))
+            files.push_back(name);
+    };
+    add(names.pq);
+    add(names.cdText);
+    for (const ImageStream& stream : model.imageLayout().streams)
+        add(stream.name);
+    for (const SkippedStream& stream : model.imageLayout().skipped)
+        add(stream.name);
+    // The identifier and the map are found ignoring case too: name them as
+    // the DDP does.
+    for (const std::string& listed : source.fileNames())
+        for (std::string& file : files)
+            if (sameNameIgnoringCase(file, listed))
+                file = listed;
+    return files;
+}
+
+} // namespace
+
+VerificationReport::State VerificationReport::state() const
+{
+    if (cancelled)
+        return Cancelled;
+    if (verdicts.empty())
+        return NoChecksumFile;
+    const bool allMatch = std::all_of(verdicts.begin(), verdicts.end(), [](const auto& v) {
+        return v.status == ChecksumVerdict::Match;
+    });
+    return allMatch ? Ok : Failed;
+}
+
+bool VerificationReport::hasErrorFindings() const
+{
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding& f) { return f.severity == Finding::Error; });
+}
+
+int VerificationReport::exitStatus() const
+{
+    if (hasErrorFindings())
+        return 1;
+    switch (state()) {
+    case Ok:
+        return 0;
+    case NoChecksumFile:
+        return 3;
+    case Failed:
+    case Cancelled:
+        break;
+    }
+    return 1;
+}
+
+QString VerificationReport::recognisedFileNames() const
+{
+    QStringList names;
+    for (const ChecksumFile& file : checksumFiles)
+        if (file.format != ChecksumFile::Unrecognised)
+            names << QFile::decodeName(file.fileName.c_str());
+    return names.join(QStringLiteral(", "));
+}
+
+std::vector<std::string> VerificationReport::unrecognisedFileNames() const
+{
+    std::vector<std::string> names;
+    for (const ChecksumFile& file : checksumFiles)
+        if (file.format == ChecksumFile::Unrecognised)
+            names.push_back(file.fileName);
+    return names;
+}
+
+std::uint64_t VerificationPlan::totalBytes() const
+{
+    std::uint64_t total = 0;
+    for (const DigestJob& job : jobs)
+        total += job.length;
+    return total;
+}
+
+VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& model,
+                                  const DdpFileNames& names,
+                                  const std::shared_ptr<const DiscImage>& image)
+{
+    VerificationPlan plan;
+    VerificationReport& report = plan.report;
+
+    std::string cdTextBytes;
+    if (!names.cdText.empty()) {
+        FileContent content = source.readFile(diskName(names.cdText), kMaxCdTextBytes);
+        if (content.status == FileContent::Read)
+            cdTextBytes = std::move(content.bytes);
+    }
+    report.findings = checkDisc(model, cdTextBytes);
+
+    const std::vector<std::string> ddp = ddpFiles(source, model, names);
+    for (const std::string& name : source.fileNames()) {
+        if (containsIgnoringCase(ddp, name))
+            continue;
+        const FileContent content = source.readFile(name, kMaxChecksumFileBytes);
+        if (content.status == FileContent::TooLarge && looksLikeChecksumFileName(name))
+            report.checksumFiles.push_back({name, ChecksumFile::Unrecognised, {}, 0});
+        if (content.status != FileContent::Read)
+            continue;
+        if (std::optional<ChecksumFile> file = parseChecksumFile(name, content.bytes))
+            report.checksumFiles.push_back(std::move(*file));
+    }
+
+    std::map<std::string, std::size_t> jobOfName; // lower-case name -> job
+    for (const ChecksumFile& file : report.checksumFiles) {
+        for (const ChecksumEntry& entry : file.entries) {
+            // A checksum file listing another (or itself) is not the DDP's business.
+            if (std::any_of(report.checksumFiles.begin(), report.checksumFiles.end(),
+                            [&entry](const ChecksumFile& f) {
+                                return sameNameIgnoringCase(f.fileName, entry.name);
+                            }))
+                continue;
+            const std::size_t verdict = report.verdicts.size();
+            report.verdicts.push_back(
+                {entry.name, file.fileName, entry.algorithm, entry.expected, {}, {}});
+            const std::string key = lowered(entry.name);
+            auto found = jobOfName.find(key);
+            if (found == jobOfName.end()) {
+                DigestJob job;
+                job.name = entry.name;
+                // The audio streams are read as playback reads them.
+                for (const ImageStream& stream : model.imageLayout().streams) {
+                    if (image && sameNameIgnoringCase(diskName(stream.name), entry.name)) {
+                        job.image = image;
+                        job.offset = stream.discOffset;
+                        job.length = std::min(stream.length, image->length() - stream.discOffset);
+                    }
+                }
+                if (!job.image) {
+                    job.image = source.openWholeFile(entry.name);
+                    if (!job.image) {
+                        // Sources that cannot stream a file still read small ones.
+                        FileContent content =
+                            source.readFile(entry.name, kMaxChecksumFileBytes * 64);
+                        if (content.status == FileContent::Read)
+                            job.image = openBytesAsImage(std::move(content.bytes),
+                                                         QFile::decodeName(entry.name.c_str()));
+                    }
+                    if (job.image)
+                        job.length = job.image->length();
+                }
+                if (!job.image) {
+                    report.verdicts[verdict].status = source.exists(entry.name)
+                                                          ? ChecksumVerdict::Unreadable
+                                                          : ChecksumVerdict::Missing;
+                    continue;
+                }
+                found = jobOfName.emplace(key, plan.jobs.size()).first;
+                plan.jobs.push_back(job);
+                plan.verdictsOfJob.emplace_back();
+            }
+            DigestJob& job = plan.jobs[found->second];
+            (entry.algorithm == ChecksumAlgorithm::Md5 ? job.md5 : job.crc32) = true;
+            plan.verdictsOfJob[found->second].push_back(verdict);
+        }
+    }
+
+    if (!report.verdicts.empty()) {
+        for (const std::string& file : ddp) {
+            const bool listed =
+                std::any_of(report.verdicts.begin(), report.verdicts.end(),
+                            [&file](const auto& v) { return sameNameIgnoringCase(v.name, file); });
+            if (!listed && source.exists(file))
+                report.unlisted.push_back(file);
+        }
+    }
+    return plan;
+}
+
+void runVerification(VerificationPlan& plan, const std::atomic<bool>* cancel,
+                     const DigestProgress& progress)
+{
+    const std::vector<DigestResult> results = runDigests(plan.jobs, cancel, progress);
+    for (std::size_t j = 0; j < results.size(); ++j) {
+        const DigestResult& result = results[j];
+        if (result.status == DigestResult::Cancelled)
+            plan.report.cancelled = true;
+        for (std::size_t v : plan.verdictsOfJob[j]) {
+            ChecksumVerdict& verdict = plan.report.verdicts[v];
+            switch (result.status) {
+            case DigestResult::Cancelled:
+                verdict.status = ChecksumVerdict::NotChecked;
+                break;
+            case DigestResult::ShortRead:
+                verdict.status = ChecksumVerdict::Unreadable;
+                break;
+            case DigestResult::Done:
+                verdict.computed =
+                    verdict.algorithm == ChecksumAlgorithm::Md5 ? result.md5 : result.crc32;
+                verdict.status = verdict.computed == verdict.expected ? ChecksumVerdict::Match
+                                                                      : ChecksumVerdict::Mismatch;
+                break;
+            }
+        }
+    }
+}
+
+VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& model,
+                              const DdpFileNames& names,
+                              const std::shared_ptr<const DiscImage>& image)
+{
+    VerificationPlan plan = planVerification(source, model, names, image);
+    runVerification(plan);
+    return std::move(plan.report);
+}
