@@ -1,0 +1,78 @@
+#pragma once
+
+#include "analysis/ClippedRuns.h"
+#include "analysis/LoudnessResult.h"
+
+#include <QtGlobal>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class DiscImage;
+
+// The measurement of one range of the disc (a track, or a pause between two)
+// with one libebur128 state: integrated loudness, sample and true peak from
+// the library; momentary and short-term loudness every 100 ms from the
+// library's 100 ms windows of the K-weighted signal, and from these the
+// maxima and the loudness range; clipped runs counted alongside.
+//
+// The library forms its own loudness range from short-term blocks one
+// second apart. That is allowed, but on a track of twenty seconds its 10th
+// and 95th percentiles rest on a handful of blocks and stray by half a LU
+// from meters that take a block every 100 ms, as most do; so the range is
+// formed here from the 100 ms blocks.
+//
+// The state and the short-term list are kept after the range is measured,
+// so that the disc's integrated loudness and loudness range come from all
+// ranges' blocks combined, without a second pass over the audio.
+class RangeMeter
+{
+public:
+    // 100 ms at 44100 Hz: the step of the momentary and short-term windows.
+    static constexpr std::size_t kStepFrames = 4410;
+
+    RangeMeter();
+    ~RangeMeter();
+    RangeMeter(const RangeMeter&) = delete;
+    RangeMeter& operator=(const RangeMeter&) = delete;
+
+    // Interleaved 16-bit stereo in host byte order. Windows are measured
+    // every kStepFrames from the range's start, so blocks of any size give
+    // the same result.
+    void add(const qint16* interleaved, std::size_t frames);
+    // Marks the range as cut short by the image.
+    void setIncomplete() { m_complete = false; }
+
+    LoudnessResult result() const;
+    // The integrated loudness and loudness range of several ranges' gating
+    // blocks together, as if they were one programme.
+    static void combine(const std::vector<const RangeMeter*>& meters, double* integrated,
+                        double* range);
+
+    // Reads [start, end) of `image` in large sequential blocks and measures
+    // it. Checks `cancel` between 100 ms steps; false when cancelled. Adds
+    // the bytes read to `done` as it goes.
+    bool measure(const DiscImage& image, qint64 start, qint64 end, const std::atomic<bool>& cancel,
+                 std::atomic<qint64>* done = nullptr);
+
+private:
+    void addStep(const qint16* interleaved, std::size_t frames);
+    void closeStep();
+
+    struct State; // the library's state
+    std::unique_ptr<State> m_state;
+    ClippedRuns m_clipped;
+    // The energy of the last 30 complete 100 ms steps, for the windows.
+    std::array<double, 30> m_stepEnergy{};
+    std::size_t m_steps = 0;
+    // Every complete short-term window, for the loudness range.
+    std::vector<double> m_shortTerm;
+    std::size_t m_framesInStep = 0; // of the step being filled
+    double m_maxMomentary = 0.0;    // energies; loudness when read out
+    double m_maxShortTerm = 0.0;
+    qint64 m_frames = 0;
+    bool m_complete = true;
+};
