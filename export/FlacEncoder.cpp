@@ -1,11 +1,14 @@
 #include "export/FlacEncoder.h"
 
+#include "export/PartFile.h"
+
 #include <QCoreApplication>
 #include <QFile>
 
 #include <FLAC/metadata.h>
 #include <FLAC/stream_encoder.h>
 
+#include <cerrno>
 #include <cstdint>
 
 static_assert(sizeof(FLAC__int32) == sizeof(int), "libFLAC samples are ints");
@@ -22,22 +25,25 @@ QString tr(const char* text)
 FLAC__StreamEncoderWriteStatus writeBytes(const FLAC__StreamEncoder*, const FLAC__byte buffer[],
                                           size_t bytes, uint32_t, uint32_t, void* data)
 {
-    auto* out = static_cast<QFile*>(data);
-    return out->write(reinterpret_cast<const char*>(buffer), qint64(bytes)) == qint64(bytes)
-               ? FLAC__STREAM_ENCODER_WRITE_STATUS_OK
-               : FLAC__STREAM_ENCODER_WRITE_STATUS_FATAL_ERROR;
+    auto* client = static_cast<FlacEncoder::Client*>(data);
+    if (client->out->write(reinterpret_cast<const char*>(buffer), qint64(bytes)) == qint64(bytes))
+        return FLAC__STREAM_ENCODER_WRITE_STATUS_OK;
+    // Kept now: the encoder's own calls may change errno before it returns.
+    client->reason = PartFile::systemReason(*client->out, errno);
+    return FLAC__STREAM_ENCODER_WRITE_STATUS_FATAL_ERROR;
 }
 
 FLAC__StreamEncoderSeekStatus seekTo(const FLAC__StreamEncoder*, FLAC__uint64 offset, void* data)
 {
-    return static_cast<QFile*>(data)->seek(qint64(offset)) ? FLAC__STREAM_ENCODER_SEEK_STATUS_OK
-                                                           : FLAC__STREAM_ENCODER_SEEK_STATUS_ERROR;
+    return static_cast<FlacEncoder::Client*>(data)->out->seek(qint64(offset))
+               ? FLAC__STREAM_ENCODER_SEEK_STATUS_OK
+               : FLAC__STREAM_ENCODER_SEEK_STATUS_ERROR;
 }
 
 FLAC__StreamEncoderTellStatus tellPosition(const FLAC__StreamEncoder*, FLAC__uint64* offset,
                                            void* data)
 {
-    *offset = FLAC__uint64(static_cast<QFile*>(data)->pos());
+    *offset = FLAC__uint64(static_cast<FlacEncoder::Client*>(data)->out->pos());
     return FLAC__STREAM_ENCODER_TELL_STATUS_OK;
 }
 
@@ -68,15 +74,17 @@ FlacEncoder::~FlacEncoder()
 
 QString FlacEncoder::encoderError() const
 {
-    if (m_writeFailed || !m_encoder)
-        return m_out ? m_out->errorString() : QString();
+    if (!m_client.reason.isEmpty())
+        return m_client.reason;
+    if (!m_encoder)
+        return {};
     return tr("the FLAC encoder stopped (%1)")
         .arg(QString::fromLatin1(FLAC__stream_encoder_get_resolved_state_string(m_encoder)));
 }
 
 QString FlacEncoder::begin(QFile& out, qint64 pcmBytes, const TrackTags& tags)
 {
-    m_out = &out;
+    m_client.out = &out;
     m_encoder = FLAC__stream_encoder_new();
     m_metadata[0] = FLAC__metadata_object_new(FLAC__METADATA_TYPE_VORBIS_COMMENT);
     m_metadata[1] = FLAC__metadata_object_new(FLAC__METADATA_TYPE_PADDING);
@@ -109,7 +117,7 @@ QString FlacEncoder::begin(QFile& out, qint64 pcmBytes, const TrackTags& tags)
     if (!set)
         return encoderError();
     if (FLAC__stream_encoder_init_stream(m_encoder, writeBytes, seekTo, tellPosition, nullptr,
-                                         &out) != FLAC__STREAM_ENCODER_INIT_STATUS_OK)
+                                         &m_client) != FLAC__STREAM_ENCODER_INIT_STATUS_OK)
         return encoderError();
     return {};
 }
@@ -123,8 +131,6 @@ QString FlacEncoder::encode(const char* pcm, qint64 size)
         m_samples[i] = std::int16_t(std::uint16_t(bytes[2 * i] | (bytes[2 * i + 1] << 8)));
     if (!FLAC__stream_encoder_process_interleaved(m_encoder, m_samples.data(),
                                                   unsigned(count / 2))) {
-        m_writeFailed =
-            FLAC__stream_encoder_get_state(m_encoder) == FLAC__STREAM_ENCODER_CLIENT_ERROR;
         return encoderError();
     }
     return {};
@@ -133,8 +139,6 @@ QString FlacEncoder::encode(const char* pcm, qint64 size)
 QString FlacEncoder::finish()
 {
     if (!FLAC__stream_encoder_finish(m_encoder)) {
-        m_writeFailed =
-            FLAC__stream_encoder_get_state(m_encoder) == FLAC__STREAM_ENCODER_CLIENT_ERROR;
         return encoderError();
     }
     return {};

@@ -23,12 +23,19 @@ public:
     QString encode(const char* pcm, qint64 size) override;
     QString finish() override;
 
+    // What libFLAC's callbacks write to, and the system's reason for a
+    // failed write.
+    struct Client
+    {
+        QFile* out = nullptr;
+        QString reason;
+    };
+
 private:
     QString encoderError() const;
 
     FLAC__StreamEncoder* m_encoder = nullptr;
     FLAC__StreamMetadata* m_metadata[2] = {nullptr, nullptr};
     std::vector<int> m_samples; // one block of samples widened for libFLAC
-    QFile* m_out = nullptr;
-    bool m_writeFailed = false;
+    Client m_client;
 };

@@ -1,5 +1,7 @@
 #include "export/Mp3Encoder.h"
 
+#include "export/PartFile.h"
+
 #include <QCoreApplication>
 #include <QFile>
 
@@ -8,6 +10,7 @@
 #include <taglib/mpegfile.h>
 #include <taglib/tpropertymap.h>
 
+#include <cerrno>
 #include <cstdint>
 
 namespace {
@@ -56,7 +59,7 @@ QString Mp3Encoder::writeOut(int bytes)
     if (bytes < 0)
         return tr("the MP3 encoder failed (%1)").arg(bytes);
     if (m_out->write(reinterpret_cast<const char*>(m_mp3.data()), bytes) != bytes)
-        return m_out->errorString();
+        return PartFile::systemReason(*m_out, errno);
     return {};
 }
 
@@ -89,12 +92,12 @@ QString Mp3Encoder::finish()
     if (size > 0 && size <= m_mp3.size()) {
         const qint64 end = m_out->pos();
         if (!m_out->seek(0))
-            return m_out->errorString();
+            return PartFile::systemReason(*m_out, errno);
         error = writeOut(int(size));
         if (!error.isEmpty())
             return error;
         if (!m_out->seek(end))
-            return m_out->errorString();
+            return PartFile::systemReason(*m_out, errno);
     }
     return {};
 }

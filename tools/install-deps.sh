@@ -17,4 +17,4 @@ $SUDO apt-get install -y --no-install-recommends \
   fonts-liberation \
   python3 time \
   libzip-dev zip unzip \
-  libflac-dev libmp3lame-dev libtag1-dev flac cdrdao
+  libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg
