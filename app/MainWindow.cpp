@@ -3,8 +3,11 @@
 #include "app/DisplayText.h"
 #include "app/ErrorDialogs.h"
 #include "app/MenuBar.h"
+#include "app/OpenDdpDialog.h"
 #include "app/SuspendWatcher.h"
 #include "app/TransportController.h"
+#include "archive/ArchiveDdp.h"
+#include "archive/ImageUnpackJob.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFolderCheck.h"
@@ -42,6 +45,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QProgressDialog>
 #include <QShortcut>
 #include <QSizeGrip>
 #include <QStandardItemModel>
@@ -60,16 +64,11 @@ namespace {
 constexpr int kDisplayIntervalMs = 16;
 constexpr int kSliderMaximum = 10000;
 
-QString defaultChooseFolder(QWidget* parent, const QString& caption, const QString& start)
-{
-    return QFileDialog::getExistingDirectory(parent, caption, start, QFileDialog::ShowDirsOnly);
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent)
     : QMainWindow(parent), m_itemModel(new QStandardItemModel(this)),
-      m_model(std::make_shared<DDPModel>()), m_chooseFolder(defaultChooseFolder)
+      m_model(std::make_shared<DDPModel>()), m_chooseFolder(chooseDdpPath)
 {
     initResources();
     if (objectName().isEmpty())
@@ -248,6 +247,11 @@ void MainWindow::openPath(const QString& path)
         showError(m_lastResult, this);
         return;
     }
+    if (isZipArchivePath(path)) {
+        m_ddpPath = info.absoluteFilePath();
+        loadArchive(m_ddpPath);
+        return;
+    }
     m_ddpPath = ddpFolderForDroppedPath(path);
     openFolder(m_ddpPath);
 }
@@ -268,12 +272,69 @@ void MainWindow::openFolder(const QString& folder)
 
 LoadResult MainWindow::load(const QDir& folder)
 {
+    beginLoad();
+    const QString path = folder.absolutePath();
+    if (!showLoaded(loadDdp(path, m_itemModel, *m_model)))
+        return m_lastResult;
+
+    // Every audio stream of the disc, opened now: a file swapped or removed
+    // later is still read as it was loaded. One that was there for the
+    // loader but cannot be opened (no permission, gone meanwhile) is a
+    // missing image like any other, with the disc still in view.
+    QString imageError;
+    std::shared_ptr<const DiscImage> image =
+        openDiscImage(path, m_model->imageLayout(), &imageError);
+    if (!image)
+        return failLoad({ErrorKind::ImageMissing, imageError.toStdString()});
+    finishLoad(path, std::move(image));
+    return m_lastResult;
+}
+
+LoadResult MainWindow::loadArchive(const QString& path)
+{
+    beginLoad();
+    ArchiveDdp::Opened opened = ArchiveDdp::open(path);
+    if (!opened.ddp) {
+        m_itemModel->removeRows(0, m_itemModel->rowCount());
+        m_infoBox->clear();
+        return failLoad(opened.result);
+    }
+    LoadResult result = loadDdp(*opened.ddp, m_itemModel, *m_model);
+    // An entry the directory lists but that does not unpack to what it
+    // claims is the archive's fault, and nothing of it is shown.
+    if (const std::string damage = opened.ddp->damage(); !damage.empty()) {
+        result = {ErrorKind::ArchiveInvalid, damage};
+        m_itemModel->removeRows(0, m_itemModel->rowCount());
+    }
+    if (!showLoaded(result))
+        return m_lastResult;
+
+    m_archive = opened.ddp;
+    const ImageLayout& layout = m_model->imageLayout();
+    if (m_archive->bytesToUnpack(layout) > 0) {
+        startUnpacking(path);
+        return m_lastResult;
+    }
+    LoadResult imageError;
+    std::shared_ptr<const DiscImage> image = m_archive->openImage(layout, {}, nullptr, &imageError);
+    if (!image)
+        return failLoad(imageError);
+    finishLoad(path, std::move(image));
+    return m_lastResult;
+}
+
+void MainWindow::beginLoad()
+{
+    // A disc still unpacking is dropped, with what it has unpacked so far.
+    cancelUnpacking();
     stopPlayer();
     resetDisplay();
     connectPerLoad();
     // Until this load succeeds nothing plays or exports: not the disc shown
     // before, and not what a failed load has put in the table.
     m_loadedFolder.clear();
+    m_image.reset();
+    m_archive.reset();
     m_player.setTrackSource(nullptr);
     setPlayable(false);
 
@@ -286,8 +347,10 @@ LoadResult MainWindow::load(const QDir& folder)
     if (m_cellDelegate)
         m_cellDelegate->deleteLater();
     m_cellDelegate = delegate;
+}
 
-    const LoadResult result = loadDdp(folder.absolutePath(), m_itemModel, *m_model);
+bool MainWindow::showLoaded(const LoadResult& result)
+{
     m_lastResult = result;
     // Without its audio image a disc is still worth reading: the loader has
     // filled the table, and the engineer sees the tracks, CD-Text and ISRCs
@@ -303,29 +366,90 @@ LoadResult MainWindow::load(const QDir& folder)
     }
     if (result.kind != ErrorKind::NoError) {
         showError(result, this);
-        return result;
+        return false;
     }
+    return true;
+}
 
-    // Every audio stream of the disc, opened now: a file swapped or removed
-    // later is still read as it was loaded. One that was there for the
-    // loader but cannot be opened (no permission, gone meanwhile) is a
-    // missing image like any other, with the disc still in view.
-    QString imageError;
-    std::shared_ptr<const DiscImage> image =
-        openDiscImage(folder.absolutePath(), m_model->imageLayout(), &imageError);
-    if (!image) {
-        m_lastResult = {ErrorKind::ImageMissing, imageError.toStdString()};
-        showError(m_lastResult, this);
-        return m_lastResult;
-    }
-    m_loadedFolder = folder.absolutePath();
+LoadResult MainWindow::failLoad(const LoadResult& result)
+{
+    m_lastResult = result;
+    m_archive.reset();
+    showError(m_lastResult, this);
+    return m_lastResult;
+}
+
+void MainWindow::finishLoad(const QString& location, std::shared_ptr<const DiscImage> image)
+{
+    m_loadedFolder = location;
+    m_image = image;
+    setWindowFilePath(location);
     m_player.setTrackSource(m_model);
     markHiddenTrack(*m_model, *m_itemModel, *image);
     m_player.load(std::move(image), {});
     startDisplayTimer();
     refreshDisplay();
     setPlayable(true);
-    return result;
+}
+
+void MainWindow::startUnpacking(const QString& archivePath)
+{
+    if (!m_unpackJob) {
+        m_unpackJob = new ImageUnpackJob(this);
+        connect(m_unpackJob, &ImageUnpackJob::progress, this, &MainWindow::onUnpackProgress);
+        connect(m_unpackJob, &ImageUnpackJob::unpacked, this, &MainWindow::onUnpacked);
+    }
+    // Not modal: the disc can be read meanwhile, another one dropped (which
+    // cancels this), or the window closed.
+    auto* dialog = new QProgressDialog(
+        tr("Unpacking the audio of \"%1\"\u2026").arg(QFileInfo(archivePath).fileName()),
+        tr("Cancel"), 0, 1000, this);
+    dialog->setObjectName(QStringLiteral("unpackProgressDialog"));
+    dialog->setWindowTitle(tr("Opening Archive"));
+    dialog->setWindowModality(Qt::NonModal);
+    dialog->setMinimumDuration(0);
+    dialog->setAutoClose(false);
+    dialog->setAutoReset(false);
+    dialog->setValue(0);
+    connect(dialog, &QProgressDialog::canceled, this, &MainWindow::cancelUnpacking);
+    m_unpackDialog = dialog;
+    m_unpackLocation = archivePath;
+    m_unpackJob->start(m_archive, m_model->imageLayout());
+}
+
+void MainWindow::cancelUnpacking()
+{
+    if (m_unpackJob && m_unpackJob->isRunning()) {
+        m_unpackJob->cancel();
+        // The archive goes with what was unpacked of it; the disc stays in
+        // view with nothing to play, as when its image is missing.
+        m_archive.reset();
+    }
+    if (m_unpackDialog) {
+        m_unpackDialog->disconnect(this);
+        m_unpackDialog->deleteLater();
+        m_unpackDialog = nullptr;
+    }
+}
+
+void MainWindow::onUnpackProgress(quint64 done, quint64 total)
+{
+    if (m_unpackDialog && total > 0)
+        m_unpackDialog->setValue(static_cast<int>(done * 1000 / total));
+}
+
+void MainWindow::onUnpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result)
+{
+    if (m_unpackDialog) {
+        m_unpackDialog->disconnect(this);
+        m_unpackDialog->deleteLater();
+        m_unpackDialog = nullptr;
+    }
+    if (!image) {
+        failLoad(result);
+        return;
+    }
+    finishLoad(m_unpackLocation, std::move(image));
 }
 
 void MainWindow::setPlayable(bool playable)
@@ -449,9 +573,16 @@ void MainWindow::onActionOpenTriggered()
 {
     stopPlayer();
     const QString start = readSetting(kDefaultLoadDirKey).toString();
-    m_ddpPath = m_chooseFolder(this, tr("Open DDP"), start);
-    if (!m_ddpPath.isEmpty())
+    const QString chosen = m_chooseFolder(this, tr("Open DDP"), start);
+    if (chosen.isEmpty())
+        return;
+    if (isZipArchivePath(chosen)) {
+        m_ddpPath = QFileInfo(chosen).absoluteFilePath();
+        loadArchive(m_ddpPath);
+    } else {
+        m_ddpPath = chosen;
         openFolder(m_ddpPath);
+    }
     rememberParentDirectory(m_ddpPath, kDefaultLoadDirKey);
 }
 
@@ -481,7 +612,7 @@ void MainWindow::onExportAsWavButtonClicked(std::int32_t row)
     if (m_loadedFolder.isEmpty())
         return;
     stopPlayer();
-    m_wavExport->setModel(m_model);
+    m_wavExport->setDisc(m_model, m_image);
     m_wavExport->exportTrack(row, m_loadedFolder);
 }
 
@@ -490,7 +621,7 @@ void MainWindow::onWavExportAllTriggered()
     if (m_loadedFolder.isEmpty())
         return;
     stopPlayer();
-    m_wavExport->setModel(m_model);
+    m_wavExport->setDisc(m_model, m_image);
     m_wavExport->exportAllTracks(m_loadedFolder);
 }
 
@@ -598,7 +729,7 @@ void MainWindow::onSuspending()
 void MainWindow::dragEnterEvent(QDragEnterEvent* event)
 {
     const QString path = firstDroppedPath(event->mimeData());
-    if (DdpDropCheck(path)) {
+    if (isZipArchivePath(path) || DdpDropCheck(path)) {
         event->setDropAction(event->proposedAction());
         event->accept();
     } else {
@@ -615,9 +746,15 @@ void MainWindow::dragMoveEvent(QDragMoveEvent* event)
 void MainWindow::dropEvent(QDropEvent* event)
 {
     const QString path = firstDroppedPath(event->mimeData());
-    m_ddpPath = ddpFolderForDroppedPath(path);
     event->acceptProposedAction();
     // Loading may open a modal dialog: not inside the drag and drop handler.
+    if (isZipArchivePath(path)) {
+        m_ddpPath = QFileInfo(path).absoluteFilePath();
+        const QString archive = m_ddpPath;
+        QTimer::singleShot(0, this, [this, archive] { loadArchive(archive); });
+        return;
+    }
+    m_ddpPath = ddpFolderForDroppedPath(path);
     const QString folder = m_ddpPath;
     QTimer::singleShot(0, this, [this, folder] { openFolder(folder); });
 }
@@ -637,6 +774,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
             return;
         }
     }
+    cancelUnpacking();
     writeSetting(kMainWindowGeometryKey, saveGeometry());
     m_tableViewWidget->saveHeaderState();
     // Closing the device can take a moment (PulseAudio plays out what it

@@ -12,15 +12,19 @@
 #include <functional>
 #include <memory>
 
+class ArchiveDdp;
 class AttributesMenu;
 class CellDelegate;
 class CentralWidget;
 class ControlSectionWidget;
 class DDPModel;
+class DiscImage;
+class ImageUnpackJob;
 class FrameHelper;
 class InfoBoxWidget;
 class MenuBar;
 class MeterSectionWidget;
+class QProgressDialog;
 class QStandardItemModel;
 class QTimer;
 class QToolButton;
@@ -43,14 +47,22 @@ public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    // A DDP folder, or a file inside one (it stands for its folder), as a
-    // drop would give it. Used for the command-line argument.
+    // A DDP folder, a file inside one (it stands for its folder), or a ZIP
+    // archive holding a DDP, as a drop would give it. Used for the
+    // command-line argument.
     void openPath(const QString& path);
     // What the last open or load came to (NoError once a disc plays), the
     // kind its dialog showed.
     LoadResult lastResult() const { return m_lastResult; }
     // The load flow on a folder; the error dialog shows any failure.
     LoadResult load(const QDir& folder);
+    // The same for a DDP inside a ZIP archive. Stored audio is read in place
+    // and plays at once; compressed audio is unpacked first on a worker, with
+    // a progress dialog that can cancel it, and the disc plays when it is
+    // done (isUnpacking() until then).
+    LoadResult loadArchive(const QString& path);
+    bool isUnpacking() const { return m_unpackDialog != nullptr; }
+    QProgressDialog* unpackDialog() const { return m_unpackDialog; }
 
     // The folder dialog of the open flow, replaceable so that tests can
     // answer it.
@@ -73,6 +85,7 @@ public:
     WavExport* exporter() const { return m_wavExport; }
     FrameHelper* frameHelper() const { return m_frameHelper; }
     QTimer* displayTimer() const { return m_displayTimer; }
+    // The disc's location: its folder, or the archive it came in.
     QString ddpPath() const { return m_ddpPath; }
     bool showsRemainingTime() const { return m_trackTimeRemaining; }
 
@@ -98,6 +111,8 @@ public slots:
     void onResize(int deltaX, int deltaY);
     void onAudioDeviceChanged(const QString& device);
     void onSuspending();
+    void onUnpackProgress(quint64 done, quint64 total);
+    void onUnpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -112,6 +127,15 @@ private:
     void connectWidgets();
     void connectPerLoad();
     void openFolder(const QString& folder);
+    // The steps every load shares: forget the disc before, show what the
+    // loader read (false, with its error shown, when it failed), fail, and
+    // make the disc playable from `location` (its folder or archive).
+    void beginLoad();
+    bool showLoaded(const LoadResult& result);
+    LoadResult failLoad(const LoadResult& result);
+    void finishLoad(const QString& location, std::shared_ptr<const DiscImage> image);
+    void startUnpacking(const QString& archivePath);
+    void cancelUnpacking();
     // Transport, seek, double-click and every export: on only while a disc
     // with its audio image is loaded.
     void setPlayable(bool playable);
@@ -146,7 +170,12 @@ private:
     FolderChooser m_chooseFolder;
 
     QString m_ddpPath;
-    QString m_loadedFolder; // the folder of the disc that plays; empty when none
+    QString m_loadedFolder; // the folder or archive of the disc that plays; empty when none
+    std::shared_ptr<const DiscImage> m_image; // the audio that plays and exports
+    std::shared_ptr<ArchiveDdp> m_archive;    // the archive it came from, if any
+    ImageUnpackJob* m_unpackJob = nullptr;
+    QProgressDialog* m_unpackDialog = nullptr;
+    QString m_unpackLocation;
     MeterInfo m_meterInfo;
     bool m_metersBlanked = false; // silence to the meters until playback starts again
     LoadResult m_lastResult{ErrorKind::NoError, {}};

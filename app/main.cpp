@@ -1,6 +1,8 @@
 // Tivora: a player for DDP disc images.
-//   tivora [PATH]   PATH is a DDP folder or a file inside one, opened at start
+//   tivora [PATH]   PATH is a DDP folder, a file inside one, or a ZIP archive
+//                   holding a DDP, opened at start
 #include "app/MainWindow.h"
+#include "archive/UnpackFolder.h"
 #include "ddp/FileNameCodec.h"
 #include "widgets/CustomStyle.h"
 
@@ -25,6 +27,8 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Tivora %1.%2").arg(major, minor));
     QSettings::setDefaultFormat(QSettings::IniFormat);
     QApplication::setStyle(new CustomStyle);
+    // Audio unpacked by a run that crashed goes now, not at its next archive.
+    UnpackFolder::removeStale(UnpackFolder::defaultBase());
 
     MainWindow window;
     window.show();

@@ -248,6 +248,16 @@ QString ArchiveDdp::unpackFolder() const
     return m_unpackFolder ? m_unpackFolder->path() : QString();
 }
 
+std::uint64_t ArchiveDdp::bytesToUnpack(const ImageLayout& layout) const
+{
+    std::uint64_t total = 0;
+    for (const ImageStream& stream : layout.streams)
+        if (const ZipArchive::Entry* entry = find(stream.name))
+            if (!entry->stored && !m_unpacked.count(entry->index))
+                total += entry->size;
+    return total;
+}
+
 std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout,
                                                        const Progress& progress,
                                                        const std::atomic<bool>* cancel,

@@ -94,6 +94,9 @@ public:
                                                const Progress& progress = {},
                                                const std::atomic<bool>* cancel = nullptr,
                                                LoadResult* error = nullptr);
+    // The bytes openImage still has to unpack for `layout`: 0 when every
+    // stream is stored (or unpacked already) and the image opens at once.
+    std::uint64_t bytesToUnpack(const ImageLayout& layout) const;
     // Where compressed streams were unpacked; empty before any was.
     QString unpackFolder() const;
 

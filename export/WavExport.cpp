@@ -149,6 +149,8 @@ QString WavExport::imageName() const
 
 std::shared_ptr<const DiscImage> WavExport::imageOrReport(const QString& ddpFolder)
 {
+    if (m_image)
+        return m_image;
     // Every stream of the disc, opened as regular files inside its folder.
     // A model made without the loader names its one image file only.
     ImageLayout layout = m_model->imageLayout();

@@ -23,9 +23,12 @@ class QWidget;
 //
 // For the window:
 //   WavExport* exporter = new WavExport(this);        // parent: the main window
-//   exporter->setModel(model);                         // before every export
+//   exporter->setDisc(model, image);                   // before every export
 //   exporter->exportTrack(row, ddpFolder);             // a track's export button
 //   exporter->exportAllTracks(ddpFolder);              // "Export as WAV"
+// With an image set, the export reads the audio the window plays (a folder,
+// an archive or a split image alike); without one it opens the image from
+// `ddpFolder`.
 // Errors are shown by the exporter itself (ExportDialogs::showError) and
 // announced by exportFailed; a cancelled dialog ends a flow without a signal.
 class WavExport : public QObject
@@ -43,7 +46,17 @@ public:
     // The window's current model, with its first-track number set as the
     // player's load sets it (rows count from that entry); a worker keeps the
     // model it started with.
-    void setModel(std::shared_ptr<DDPModel> model) { m_model = std::move(model); }
+    void setModel(std::shared_ptr<DDPModel> model)
+    {
+        m_model = std::move(model);
+        m_image.reset();
+    }
+    // The model and the audio opened with it at load.
+    void setDisc(std::shared_ptr<DDPModel> model, std::shared_ptr<const DiscImage> image)
+    {
+        m_model = std::move(model);
+        m_image = std::move(image);
+    }
     const std::shared_ptr<DDPModel>& model() const { return m_model; }
 
     // Table row `row` (counted from 0) of the disc in `ddpFolder`: asks for a
@@ -76,6 +89,7 @@ private:
     QWidget* m_parentWidget = nullptr;
     ExportDialogs m_dialogs;
     std::shared_ptr<DDPModel> m_model;
+    std::shared_ptr<const DiscImage> m_image;
     QPointer<QProgressBar> m_progressBar;
     // Made in the constructor, reused by every export, deleted by the
     // destructor.

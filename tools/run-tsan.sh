@@ -13,7 +13,7 @@ JOBS=${TIVORA_JOBS:-$(nproc)}
 # -O1 on code that the normal warnings-as-errors build accepts.
 cmake -S . -B "$BUILD" -DTIVORA_TSAN=ON -DTIVORA_BUILD_GUI=OFF -DTIVORA_BUILD_BENCH=OFF \
     -DTIVORA_WERROR=OFF >/dev/null
-targets=(tivora-ddp tivora-ddp-play)
+targets=(tivora-ddp tivora-ddp-play test_archive_unpack_job)
 for source in tests/audio/test_audio_*.cpp; do
     targets+=("$(basename "$source" .cpp)")
 done
@@ -22,6 +22,6 @@ cmake --build "$BUILD" -j"$JOBS" --target "${targets[@]}"
 export TSAN_OPTIONS="halt_on_error=1 exitcode=66 second_deadlock_stack=1 suppressions=$ROOT/tools/tsan-suppressions.txt"
 source tools/test-env.sh
 start_test_env
-ctest --test-dir "$BUILD" -L audio --output-on-failure
+ctest --test-dir "$BUILD" -L "audio|threads" --output-on-failure
 stop_test_env
 echo "run-tsan: the audio tests pass under ThreadSanitizer."

@@ -1,6 +1,8 @@
 #include "widgets/CellDelegate.h"
 
+#include "ddp/HiddenTrack.h"
 #include "ddp/IDrawInfoProvider.h"
+#include "ddp/TrackTable.h"
 
 #include <QIcon>
 #include <QPainter>
@@ -70,6 +72,10 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         inList = row >= 0 && std::size_t(row) < kinds.size();
         if (inList)
             kind = int(kinds[std::size_t(row)]);
+        // A first pause that holds audio is drawn as the track it is.
+        if (inList && kind == 0 &&
+            index.sibling(row, TrackTableRows::Index).data().toString() == hiddenTrackIndexText())
+            kind = 1;
         current = row == m_model->currentRow();
     }
 

@@ -191,6 +191,16 @@ private slots:
             QTableView* view = window.tableViewWidget()->tableView();
             QCOMPARE(view->model()->index(0, 2).data().toString(),
                      silent ? QStringLiteral("Pause") : QStringLiteral("Hidden"));
+            // Drawn as a track, not dimmed as a pause: the background of
+            // the Index cell beside its text matches track 1's.
+            window.resize(900, 600);
+            window.show();
+            const QImage shot = view->viewport()->grab().toImage();
+            auto background = [&](int row) {
+                const QRect cell = view->visualRect(view->model()->index(row, 2));
+                return shot.pixel(cell.right() - 2, cell.center().y());
+            };
+            QCOMPARE(background(0) == background(1), !silent);
             if (silent)
                 continue;
             window.onCellDoubleClicked(view->model()->index(0, 2));

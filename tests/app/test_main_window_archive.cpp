@@ -1,0 +1,256 @@
+// The window with a DDP inside a ZIP archive: stored audio plays and exports
+// at once from the archive itself, compressed audio is unpacked on a worker
+// with a dialog that cancels it, and the unpacked files go with the disc.
+#include "app/MainWindow.h"
+#include "ddp/DDPModel.h"
+#include "export/WavExport.h"
+#include "tests/app/ModalAnswerer.h"
+#include "tools/mkddp/Mkddp.h"
+#include "widgets/TableViewWidget.h"
+
+#include <QDirIterator>
+#include <QMimeData>
+#include <QProcess>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QSettings>
+#include <QStandardItemModel>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+bool runZip(const QString& dir, const QStringList& args)
+{
+    QProcess zip;
+    zip.setWorkingDirectory(dir);
+    zip.start(QStringLiteral("zip"), QStringList{QStringLiteral("-q")} + args);
+    return zip.waitForFinished(120000) && zip.exitStatus() == QProcess::NormalExit &&
+           zip.exitCode() == 0;
+}
+
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The folders audio is unpacked into, under the program's cache folder.
+QStringList unpackFolders()
+{
+    const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                         QStringLiteral("/tivora/unpacked");
+    return QDir(base).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class MainWindowArchiveTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_disc;     // the folder the archives are made from
+    QString m_stored;   // DISC/ inside, every entry stored
+    QString m_deflated; // at the root, compressed
+    QString m_long;     // compressed, long enough to cancel while it unpacks
+
+    QString zipDisc(const QString& disc, const QString& name, const QStringList& options,
+                    bool inFolder)
+    {
+        const QString zip = m_dir.filePath(name);
+        const QFileInfo info(disc);
+        const QString dir = inFolder ? info.absolutePath() : info.absoluteFilePath();
+        const QString what = inFolder ? info.fileName() : QStringLiteral(".");
+        return runZip(dir, options + QStringList{QStringLiteral("-r"), zip, what}) ? zip
+                                                                                   : QString();
+    }
+
+    // Runs "Export as WAV" into a new folder; the files written, by name.
+    QStringList exportAll(MainWindow& window, const QString& name)
+    {
+        const QString out = m_dir.filePath(name);
+        QDir().mkpath(out);
+        window.exporter()->setDialogs(
+            {{}, [out](QWidget*, const QString&, const QString&) { return out; }, {}});
+        window.onWavExportAllTriggered();
+        QElapsedTimer timer;
+        timer.start();
+        while (window.exporter()->isRunning() && timer.elapsed() < 20000)
+            QTest::qWait(20);
+        QStringList files;
+        for (const QFileInfo& wav :
+             QDir(out).entryInfoList({QStringLiteral("*.wav")}, QDir::Files, QDir::Name))
+            files << wav.absoluteFilePath();
+        return files;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QApplication::setOrganizationName(QStringLiteral("Korvane"));
+        QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        QVERIFY(m_dir.isValid());
+        m_disc = m_dir.filePath(QStringLiteral("disc"));
+        QVERIFY(mkddp::writeDisc(mkddp::realisticDisc(), m_disc));
+        m_stored = zipDisc(m_disc, QStringLiteral("stored.zip"), {QStringLiteral("-0")}, true);
+        m_deflated = zipDisc(m_disc, QStringLiteral("deflated.zip"), {}, false);
+        const QString longDisc = m_dir.filePath(QStringLiteral("long"));
+        QVERIFY(mkddp::writeDisc(mkddp::simpleDisc(2, 300), longDisc));
+        m_long = zipDisc(longDisc, QStringLiteral("long.zip"), {QStringLiteral("-1")}, false);
+        QVERIFY(!m_stored.isEmpty() && !m_deflated.isEmpty() && !m_long.isEmpty());
+    }
+
+    // Stored audio is read in place: nothing is unpacked, the disc plays at
+    // once, and an export writes exactly the bytes of the folder's image.
+    void aStoredArchivePlaysAndExportsInPlace()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        const QStringList before = unpackFolders();
+        window.openPath(m_stored);
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QVERIFY(!window.isUnpacking());
+        QCOMPARE(unpackFolders(), before);
+        QCOMPARE(window.ddpPath(), QFileInfo(m_stored).absoluteFilePath());
+        QVERIFY(window.itemModel()->rowCount() > 5);
+
+        QTableView* view = window.tableViewWidget()->tableView();
+        window.onCellDoubleClicked(view->model()->index(1, 1));
+        QVERIFY(window.player().isPlaying());
+        window.player().stop();
+
+        // Every track, byte for byte as the same disc exports from its folder.
+        const QStringList fromArchive = exportAll(window, QStringLiteral("from-archive"));
+        MainWindow folderWindow;
+        folderWindow.openPath(m_disc);
+        const QStringList fromFolder = exportAll(folderWindow, QStringLiteral("from-folder"));
+        QVERIFY(fromArchive.size() > 5);
+        QCOMPARE(fromArchive.size(), fromFolder.size());
+        for (int i = 0; i < fromArchive.size(); ++i)
+            QVERIFY(readAll(fromArchive[i]) == readAll(fromFolder[i]));
+        QVERIFY(answerer.loadBoxes().isEmpty());
+    }
+
+    // Compressed audio is unpacked on a worker: the dialog shows, the disc is
+    // readable meanwhile, and it plays once the worker is done. Its folder
+    // goes when the next disc is loaded.
+    void aDeflatedArchiveUnpacksThenPlays()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        const QStringList before = unpackFolders();
+        window.loadArchive(m_deflated);
+        QVERIFY(window.isUnpacking());
+        QVERIFY(window.unpackDialog());
+        QVERIFY(window.itemModel()->rowCount() > 5);
+        QTRY_VERIFY_WITH_TIMEOUT(!window.isUnpacking(), 20000);
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QCOMPARE(unpackFolders().size(), before.size() + 1);
+
+        QTableView* view = window.tableViewWidget()->tableView();
+        window.onCellDoubleClicked(view->model()->index(1, 1));
+        QVERIFY(window.player().isPlaying());
+        window.player().stop();
+
+        window.openPath(m_disc);
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QCOMPARE(unpackFolders(), before);
+        QVERIFY(answerer.loadBoxes().isEmpty());
+    }
+
+    // Cancel in the dialog, a new load and closing the window each stop the
+    // unpacking at once, remove what it wrote and leave nothing playing.
+    void unpackingStopsAtOnceEveryWay()
+    {
+        const QStringList before = unpackFolders();
+        {
+            ModalAnswerer answerer;
+            MainWindow window;
+            window.loadArchive(m_long);
+            QVERIFY(window.isUnpacking());
+            QElapsedTimer timer;
+            timer.start();
+            window.unpackDialog()->findChild<QPushButton*>()->click();
+            QVERIFY(timer.elapsed() < 1000);
+            QVERIFY(!window.isUnpacking());
+            QCOMPARE(unpackFolders(), before);
+            QTableView* view = window.tableViewWidget()->tableView();
+            window.onCellDoubleClicked(view->model()->index(1, 1));
+            QVERIFY(!window.player().isPlaying());
+            QTest::qWait(100); // a result queued before the cancel is dropped
+            QVERIFY(!window.player().isPlaying());
+            QVERIFY(answerer.loadBoxes().isEmpty());
+        }
+        {
+            ModalAnswerer answerer;
+            MainWindow window;
+            window.loadArchive(m_long);
+            window.openPath(m_stored);
+            QVERIFY(!window.isUnpacking());
+            QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+            QCOMPARE(unpackFolders(), before);
+        }
+        {
+            ModalAnswerer answerer;
+            auto* window = new MainWindow;
+            window->show();
+            // The first close also shuts the audio stream, which the sound
+            // server takes its time over: what is timed is the second.
+            window->close();
+            window->show();
+            window->loadArchive(m_long);
+            QVERIFY(window->isUnpacking());
+            QElapsedTimer timer;
+            timer.start();
+            window->close();
+            delete window;
+            QVERIFY(timer.elapsed() < 500);
+            QCOMPARE(unpackFolders(), before);
+        }
+    }
+
+    // A ZIP is taken by a drop and by the open dialog like a folder; a
+    // damaged one is refused with the archive's own error.
+    void everyWayInTakesAnArchive()
+    {
+        ModalAnswerer answerer;
+        MainWindow window;
+        QMimeData mime;
+        mime.setUrls({QUrl::fromLocalFile(m_stored)});
+        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton,
+                              Qt::NoModifier);
+        QApplication::sendEvent(&window, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&window, &drop);
+        QTRY_COMPARE(window.ddpPath(), QFileInfo(m_stored).absoluteFilePath());
+        QTRY_VERIFY(window.itemModel()->rowCount() > 5);
+
+        const QString damaged = m_dir.filePath(QStringLiteral("damaged.zip"));
+        QByteArray bytes = readAll(m_stored);
+        bytes.truncate(bytes.size() / 2);
+        QFile file(damaged);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        for (const QString& path : {m_deflated, damaged}) {
+            window.setFolderChooser(
+                [path](QWidget*, const QString&, const QString&) { return path; });
+            window.onActionOpenTriggered();
+            QTRY_VERIFY_WITH_TIMEOUT(!window.isUnpacking(), 20000);
+        }
+        QCOMPARE(window.lastResult().kind, ErrorKind::ArchiveInvalid);
+        QCOMPARE(window.itemModel()->rowCount(), 0);
+        const auto boxes = answerer.loadBoxes();
+        QCOMPARE(boxes.size(), 1);
+        QCOMPARE(boxes.first().title, QStringLiteral("ZIP Archive Invalid"));
+    }
+};
+
+QTEST_MAIN(MainWindowArchiveTest)
+#include "test_main_window_archive.moc"
