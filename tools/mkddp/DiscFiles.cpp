@@ -2,6 +2,7 @@
 
 #include "tools/mkddp/DemoMusic.h"
 #include "tools/mkddp/Expected.h"
+#include "tools/mkddp/KnownSignals.h"
 #include "tools/mkddp/TestPattern.h"
 
 #include <QDir>
@@ -41,6 +42,11 @@ AudioFill audioFill(const DiscSpec& spec)
         auto music = std::make_shared<DemoMusic>(spec);
         return
             [music](qint64 offset, char* out, qint64 length) { music->fill(offset, out, length); };
+    }
+    case AudioContent::KnownSignals: {
+        auto known = std::make_shared<KnownSignals>(spec);
+        return
+            [known](qint64 offset, char* out, qint64 length) { known->fill(offset, out, length); };
     }
     case AudioContent::Silence:
         break;

@@ -73,6 +73,7 @@ enum class AudioContent
     TestPattern, // see TestPattern.h: every byte is predictable
     DemoMusic,   // chords with envelopes, for listening
     Silence,
+    KnownSignals, // see KnownSignals.h: sines, silence and clipping for loudness meters
 };
 
 // A whole disc. The PQ descriptor holds, in order: a lead-in entry (track

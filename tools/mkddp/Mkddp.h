@@ -5,4 +5,5 @@
 #include "tools/mkddp/DiscSpec.h"
 #include "tools/mkddp/Expected.h"
 #include "tools/mkddp/Fault.h"
+#include "tools/mkddp/KnownSignals.h"
 #include "tools/mkddp/TestPattern.h"

@@ -49,6 +49,9 @@ Options of "test":
   --image-name NAME     image name (default IMAGE.DAT)
   --pq-name NAME        PQ descriptor name (default PQDESCR)
   --silence             silent audio instead of the test pattern
+  --signals             five 20 s tracks of known signals for loudness meters
+                        (1 kHz sines at -23 and -33 dBFS, a sine whose true
+                        peak lies 3 dB over its samples, silence, clipping)
   --silent-pauses       index 00 pauses hold digital silence (by default they hold
                         the pattern's frame counter: audio a player can hear)
   --streams N           the image split over N files (IMAGE1.DAT, ...) at
@@ -108,6 +111,7 @@ int main(int argc, char** argv)
         int tracks = 3, seconds = 10, minutes = 0, firstPause = 150, pause = 0, index2 = 0;
         int emptyTrack = 0;
         bool realistic = false, longTitle = false, controlText = false, longCdText = false;
+        bool knownSignals = false;
         mkddp::DiscSpec opts; // collects the flags applied at the end
         QVector<mkddp::Fault> faults;
         for (int i = 0; i < args.size(); ++i) {
@@ -160,6 +164,8 @@ int main(int argc, char** argv)
                 opts.ddpLevel = "DDP " + text.toLatin1();
             else if (a == QLatin1String("--realistic"))
                 realistic = true;
+            else if (a == QLatin1String("--signals"))
+                knownSignals = true;
             else if (a == QLatin1String("--cdtext"))
                 opts.cdText = true;
             else if (a == QLatin1String("--double-byte"))
@@ -218,6 +224,8 @@ int main(int argc, char** argv)
 
         if (realistic)
             spec = mkddp::realisticDisc();
+        else if (knownSignals)
+            spec = mkddp::signalsDisc();
         else if (minutes > 0)
             spec = mkddp::longDisc(minutes);
         else
@@ -280,7 +288,8 @@ int main(int argc, char** argv)
         spec.cdTextName = opts.cdTextName;
         spec.imageName = opts.imageName;
         spec.pqName = opts.pqName;
-        spec.content = opts.content;
+        if (!knownSignals)
+            spec.content = opts.content;
         spec.silentPauses = opts.silentPauses;
         spec.imageStreams = std::min(opts.imageStreams, int(spec.tracks.size()));
         spec.streamGapFrames = opts.streamGapFrames;

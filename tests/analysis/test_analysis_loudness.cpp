@@ -1,0 +1,248 @@
+// Loudness, loudness range, peaks and clipped runs of known signals, the
+// disc's figures from its parts, and cancelling.
+#include "analysis/ClippedRuns.h"
+#include "analysis/LoudnessAnalysis.h"
+#include "analysis/LoudnessAnalyzer.h"
+#include "analysis/LoudnessRange.h"
+#include "analysis/LoudnessText.h"
+#include "analysis/RangeMeter.h"
+#include "ddp/DiscImage.h"
+#include "tools/mkddp/Mkddp.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <thread>
+
+namespace {
+
+constexpr qint64 kBytesPerCdFrame = 2352;
+
+// The parts of a generated disc: its tracks from index 01 to the next
+// track's start, as the spec lays them out, and the pauses between.
+std::vector<AnalysisPart> partsOf(const mkddp::DiscSpec& spec)
+{
+    std::vector<TrackSpan> tracks;
+    qint64 at = 0;
+    for (const mkddp::TrackSpec& t : spec.tracks) {
+        at += t.pauseFrames * kBytesPerCdFrame;
+        tracks.push_back({at, at + t.frames * kBytesPerCdFrame});
+        at += t.frames * kBytesPerCdFrame;
+    }
+    return programmeParts(tracks, at);
+}
+
+std::vector<qint16> samplesOf(int kind, qint64 frames)
+{
+    std::vector<qint16> out(std::size_t(2 * frames));
+    for (qint64 f = 0; f < frames; ++f)
+        for (int c = 0; c < 2; ++c)
+            out[std::size_t(2 * f + c)] = mkddp::KnownSignals::sample(kind, f, c);
+    return out;
+}
+
+} // namespace
+
+class TestAnalysisLoudness : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString m_signals;
+    std::shared_ptr<const DiscImage> m_image;
+    mkddp::DiscSpec m_spec;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_spec = mkddp::signalsDisc();
+        m_signals = m_dir.filePath(QStringLiteral("signals"));
+        QString error;
+        QVERIFY2(mkddp::writeDisc(m_spec, m_signals, &error), qPrintable(error));
+        m_image = DiscImage::openFile(m_signals + QStringLiteral("/IMAGE.DAT"), &error);
+        QVERIFY2(m_image, qPrintable(error));
+    }
+
+    // The EBU Tech 3341 cases: sines at -23 and -33 dBFS read their level in
+    // LUFS, the quarter-rate sine's true peak lies 3 dB over its samples,
+    // silence reads minus infinity, clipped runs are counted exactly.
+    void knownSignals()
+    {
+        const std::atomic<bool> never{false};
+        const DiscLoudness result = analyzeLoudness(*m_image, partsOf(m_spec), never);
+        QCOMPARE(int(result.tracks.size()), 5);
+        const LoudnessResult& sine23 = result.tracks[0];
+        const LoudnessResult& sine33 = result.tracks[1];
+        const LoudnessResult& between = result.tracks[2];
+        const LoudnessResult& silence = result.tracks[3];
+        const LoudnessResult& clipped = result.tracks[4];
+
+        QVERIFY2(std::abs(sine23.integrated + 23.0) <= 0.1,
+                 qPrintable(lufsText(sine23.integrated)));
+        QVERIFY2(std::abs(sine33.integrated + 33.0) <= 0.1,
+                 qPrintable(lufsText(sine33.integrated)));
+        // A steady tone: every window reads the same, so no range.
+        QVERIFY(std::abs(sine23.maxMomentary + 23.0) <= 0.1);
+        QVERIFY(std::abs(sine23.maxShortTerm + 23.0) <= 0.1);
+        QVERIFY(sine23.range < 0.1);
+        QVERIFY(std::abs(sine23.samplePeak + 23.0) <= 0.1);
+        QVERIFY(std::abs(sine23.truePeak + 23.0) <= 0.1);
+
+        QVERIFY2(std::abs(between.samplePeak + 3.01) <= 0.1,
+                 qPrintable(dbfsText(between.samplePeak)));
+        QVERIFY2(std::abs(between.truePeak - 0.0) <= 0.11,
+                 qPrintable(QString::number(between.truePeak)));
+        QVERIFY(between.truePeak - between.samplePeak > 2.9);
+        QVERIFY(truePeakNeedsLook(between.truePeak));
+        QVERIFY(!truePeakNeedsLook(sine23.truePeak));
+
+        QVERIFY(std::isinf(silence.integrated) && silence.integrated < 0);
+        QVERIFY(std::isinf(silence.truePeak) && silence.truePeak < 0);
+        QCOMPARE(lufsText(silence.integrated), QStringLiteral("-inf"));
+        QCOMPARE(dbtpText(silence.truePeak), QStringLiteral("-inf"));
+        QCOMPARE(silence.clippedRuns, qint64(0));
+
+        QCOMPARE(clipped.clippedRuns, qint64(mkddp::KnownSignals::kClippedRuns));
+        QVERIFY(std::abs(clipped.samplePeak) < 0.01);
+        for (const LoudnessResult& r : result.tracks) {
+            QVERIFY(r.complete);
+            QCOMPARE(r.frames, qint64(20 * 44100));
+        }
+    }
+
+    // The disc's figures come from its parts' blocks combined: the same as
+    // one pass over the whole programme, give or take the blocks that would
+    // straddle two parts.
+    void discFromParts()
+    {
+        const std::atomic<bool> never{false};
+        const std::vector<AnalysisPart> parts = partsOf(m_spec);
+        const DiscLoudness result = analyzeLoudness(*m_image, parts, never);
+
+        RangeMeter whole;
+        QVERIFY(whole.measure(*m_image, parts.front().start, parts.back().end, never));
+        const LoudnessResult single = whole.result();
+        QVERIFY2(std::abs(result.disc.integrated - single.integrated) <= 0.1,
+                 qPrintable(QStringLiteral("%1 against %2")
+                                .arg(result.disc.integrated)
+                                .arg(single.integrated)));
+        QVERIFY(std::abs(result.disc.range - single.range) <= 0.2);
+        QCOMPARE(result.disc.truePeak, single.truePeak);
+        QCOMPARE(result.disc.samplePeak, single.samplePeak);
+        QCOMPARE(result.disc.clippedRuns, qint64(mkddp::KnownSignals::kClippedRuns));
+        // Not a mean of the tracks' figures: the loud track dominates.
+        QVERIFY(result.disc.integrated > -1.0);
+    }
+
+    // Windows and runs do not depend on how the audio is cut into blocks.
+    void blocksOfAnySize()
+    {
+        const std::vector<qint16> audio = samplesOf(4, 44100 * 18);
+        const std::size_t frames = audio.size() / 2;
+        RangeMeter once;
+        once.add(audio.data(), frames);
+        RangeMeter pieces;
+        // Odd sizes around the 100 ms step and the reads' block size.
+        const std::size_t sizes[] = {1, 4409, 2, 7000, 70560, 3, 100003};
+        for (std::size_t at = 0, i = 0; at < frames; ++i) {
+            const std::size_t n = std::min(sizes[i % 7], frames - at);
+            pieces.add(audio.data() + 2 * at, n);
+            at += n;
+        }
+        const LoudnessResult a = once.result();
+        const LoudnessResult b = pieces.result();
+        QCOMPARE(b.clippedRuns, a.clippedRuns);
+        QCOMPARE(b.maxMomentary, a.maxMomentary);
+        QCOMPARE(b.maxShortTerm, a.maxShortTerm);
+        QCOMPARE(b.range, a.range);
+        QCOMPARE(b.truePeak, a.truePeak);
+        QCOMPARE(b.integrated, a.integrated);
+    }
+
+    void clippedRunsAcrossBlocks()
+    {
+        // Left: a lone full-scale sample, then a run of two split across
+        // the blocks, then a run of two at the end. Right: a run of four
+        // mixing both ends of the scale.
+        const qint16 a[] = {32767, 0, 0, 0, 32767, 0};
+        const qint16 b[] = {32767, 0, 0, 32767, 0, -32768, 0, -32768, 32767, 32767, 32767, 32767};
+        ClippedRuns runs;
+        runs.add(a, 3);
+        runs.add(b, 6);
+        QCOMPARE(runs.count(), qint64(3));
+    }
+
+    void loudnessRangeGates()
+    {
+        auto energy = [](double lufs) { return std::pow(10.0, (lufs + 0.691) / 10.0); };
+        std::vector<double> blocks;
+        for (int i = 0; i < 50; ++i)
+            blocks.push_back(energy(-20.0));
+        for (int i = 0; i < 50; ++i)
+            blocks.push_back(energy(-30.0));
+        QVERIFY(std::abs(loudnessRange(blocks) - 10.0) < 1e-9);
+        // Under the relative gate (20 LU below the mean) or under -70 LUFS:
+        // no part of the range.
+        for (int i = 0; i < 200; ++i)
+            blocks.push_back(i % 2 ? energy(-60.0) : 0.0);
+        QVERIFY(std::abs(loudnessRange(blocks) - 10.0) < 1e-9);
+        QCOMPARE(loudnessRange({}), 0.0);
+        QCOMPARE(loudnessRange({0.0, energy(-80.0)}), 0.0);
+    }
+
+    void cancelStopsAtOnce()
+    {
+        // Long enough to take a few seconds to measure.
+        mkddp::DiscSpec spec = mkddp::simpleDisc(4, 150);
+        const QString folder = m_dir.filePath(QStringLiteral("long"));
+        QVERIFY(mkddp::writeDisc(spec, folder));
+        const auto image = DiscImage::openFile(folder + QStringLiteral("/IMAGE.DAT"));
+        QVERIFY(image);
+
+        std::atomic<bool> cancel{false};
+        bool cancelled = false;
+        QElapsedTimer timer;
+        std::thread stopper([&cancel, &timer] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(150));
+            timer.start();
+            cancel.store(true);
+        });
+        const DiscLoudness result = analyzeLoudness(*image, partsOf(spec), cancel, {}, &cancelled);
+        stopper.join();
+        QVERIFY(cancelled);
+        QVERIFY(result.tracks.empty());
+        QVERIFY2(timer.elapsed() < 100, qPrintable(QString::number(timer.elapsed())));
+
+        // The window's analyzer: a second start drops the first one's
+        // results; only the second reports.
+        LoudnessAnalyzer analyzer;
+        QSignalSpy finished(&analyzer, &LoudnessAnalyzer::finished);
+        analyzer.start(image, partsOf(spec));
+        analyzer.start(m_image, partsOf(m_spec));
+        QVERIFY(finished.wait(60000));
+        QTest::qWait(200);
+        QCOMPARE(finished.count(), 1);
+        const auto result2 = finished.at(0).at(0).value<DiscLoudness>();
+        QCOMPARE(int(result2.tracks.size()), 5);
+        QVERIFY(!analyzer.isRunning());
+
+        // Cancelled and destroyed while running: no report, no wait worth
+        // the name.
+        auto running = std::make_unique<LoudnessAnalyzer>();
+        QSignalSpy none(running.get(), &LoudnessAnalyzer::finished);
+        running->start(image, partsOf(spec));
+        QTest::qWait(100);
+        running->cancel();
+        timer.restart();
+        running.reset();
+        QVERIFY2(timer.elapsed() < 200, qPrintable(QString::number(timer.elapsed())));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAnalysisLoudness)
+#include "test_analysis_loudness.moc"
