@@ -250,6 +250,27 @@ private slots:
         QCOMPARE(boxes.size(), 1);
         QCOMPARE(boxes.first().title, QStringLiteral("ZIP Archive Invalid"));
     }
+
+    // Not a check but a look: the window while an archive unpacks, and with
+    // the disc from it open, in <build>/screenshots.
+    void screenshots()
+    {
+        const QString shots =
+            qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
+        QDir().mkpath(shots);
+        ModalAnswerer answerer;
+        MainWindow window;
+        window.resize(700, 560);
+        window.show();
+        window.loadArchive(m_long);
+        QTRY_VERIFY(window.unpackDialog() && window.unpackDialog()->value() > 0);
+        window.grab().save(shots + QStringLiteral("/archive-window-unpacking.png"));
+        window.unpackDialog()->grab().save(shots + QStringLiteral("/archive-unpack-dialog.png"));
+        window.openPath(m_stored);
+        QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
+        QTest::qWait(50);
+        window.grab().save(shots + QStringLiteral("/archive-open.png"));
+    }
 };
 
 QTEST_MAIN(MainWindowArchiveTest)
