@@ -68,7 +68,14 @@ struct Track
 class Checker
 {
 public:
-    Checker(const DDPModel& model, const std::string& cdText) : m_model(model), m_cdText(cdText) {}
+    Checker(const DDPModel& model, const std::string& cdText, const std::string& pq)
+        : m_model(model), m_cdText(cdText)
+    {
+        for (std::size_t offset = 0; offset < pq.size(); offset += PqEntry::kSize)
+            m_rawEntries.push_back(PqEntry::fromBytes(std::string_view(pq).substr(offset)));
+        if (m_rawEntries.size() != model.entries().size())
+            m_rawEntries = model.entries();
+    }
 
     std::vector<Finding> run()
     {
@@ -261,7 +268,8 @@ private:
         for (const Track& track : m_tracks) {
             if (!track.index01)
                 continue;
-            const std::string_view isrc = track.index01->isrc();
+            const std::string_view isrc =
+                m_rawEntries[std::size_t(track.index01 - m_model.entries().data())].isrc();
             if (blankOrZero(isrc))
                 continue;
             if (!validIsrc(isrc)) {
@@ -417,6 +425,7 @@ private:
 
     const DDPModel& m_model;
     const std::string& m_cdText;
+    std::vector<PqEntry> m_rawEntries; // as the file holds them, before the ISRC correction
     std::vector<Track> m_tracks;
     std::size_t m_trackEnd = 0;
     std::optional<int> m_leadOut;
@@ -438,9 +447,10 @@ const char* severityName(Finding::Severity severity)
     return "note";
 }
 
-std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes)
+std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes,
+                               const std::string& pqBytes)
 {
-    return Checker(model, cdTextBytes).run();
+    return Checker(model, cdTextBytes, pqBytes).run();
 }
 
 QString findingsSummary(const std::vector<Finding>& findings)

@@ -134,7 +134,13 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
         if (content.status == FileContent::Read)
             cdTextBytes = std::move(content.bytes);
     }
-    report.findings = checkDisc(model, cdTextBytes);
+    std::string pqBytes;
+    if (!names.pq.empty()) {
+        FileContent content = source.readFile(diskName(names.pq), kMaxPqDescriptorBytes);
+        if (content.status == FileContent::Read)
+            pqBytes = std::move(content.bytes);
+    }
+    report.findings = checkDisc(model, cdTextBytes, pqBytes);
 
     const std::vector<std::string> ddp = ddpFiles(source, model, names);
     for (const std::string& name : source.fileNames()) {

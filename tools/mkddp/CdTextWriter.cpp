@@ -253,6 +253,9 @@ QByteArray cdTextBytes(const DiscSpec& spec)
             putPack(out, 0x8F, quint8(i), quint8(sequence++), quint8(block.number << 4),
                     reinterpret_cast<const char*>(size + 12 * i));
     }
+    if (spec.has(Fault::CdTextBadCrc))
+        for (int p = 0; p < 3 && (p + 1) * kPackSize <= out.size(); ++p)
+            out[p * kPackSize + 17] = char(out[p * kPackSize + 17] ^ 0x5A);
     return out;
 }
 

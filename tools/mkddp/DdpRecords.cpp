@@ -46,7 +46,7 @@ QByteArray ddpidBytes(const DiscSpec& spec)
     if (spec.has(Fault::DdpidBadTag))
         level.replace(0, 4, "DDQ ");
     putField(id, 0, 8, level);
-    putField(id, 8, 13, spec.has(Fault::UpcMismatch) ? QByteArray("4006381333931") : spec.upcEan);
+    putField(id, 8, 13, spec.has(Fault::UpcMismatch) ? QByteArray("5901234123457") : spec.upcEan);
     putField(id, 21, 8, digits(0, 8));        // map stream start
     putField(id, 38, 48, "TIVORA TEST DISC"); // master identifier
     if (level.startsWith("DDP 1.")) {
