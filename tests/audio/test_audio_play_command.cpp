@@ -40,13 +40,23 @@ class TestAudioPlayCommand : public QObject
     Q_OBJECT
 
 private slots:
+    void recordingIsTheImageBitForBit_data();
     void recordingIsTheImageBitForBit();
     void interruptStopsAndExitsWithZero();
     void failuresExitWithOne();
 
 private:
-    void playAndCompare(QString* dropout);
+    void playAndCompare(const QString& form, QString* dropout);
 };
+
+// The same disc as a folder, inside a ZIP archive stored and compressed, and
+// with its audio split over two files: every form plays the same samples.
+void TestAudioPlayCommand::recordingIsTheImageBitForBit_data()
+{
+    QTest::addColumn<QString>("form");
+    for (const char* form : {"folder", "stored zip", "deflated zip", "two files"})
+        QTest::newRow(form) << QString::fromLatin1(form);
+}
 
 // A stall of the whole machine longer than the sound server's buffer makes
 // the server play silence in place of the stream; such a run is tried
@@ -60,7 +70,8 @@ void TestAudioPlayCommand::recordingIsTheImageBitForBit()
     QVERIFY(QFile::exists(tivoraDdp()));
     for (int attempt = 1; attempt <= 3; ++attempt) {
         QString dropout;
-        playAndCompare(&dropout);
+        QFETCH(QString, form);
+        playAndCompare(form, &dropout);
         if (QTest::currentTestFailed() || dropout.isEmpty())
             return;
         qWarning("attempt %d: the sound server dropped audio: %s", attempt, qPrintable(dropout));
@@ -68,16 +79,29 @@ void TestAudioPlayCommand::recordingIsTheImageBitForBit()
     QFAIL("the sound server dropped audio in every attempt");
 }
 
-void TestAudioPlayCommand::playAndCompare(QString* dropout)
+void TestAudioPlayCommand::playAndCompare(const QString& form, QString* dropout)
 {
     // One-second tracks: the two seconds compared cross two track ends,
     // where playback must run on without a break.
     QTemporaryDir dir;
-    const mkddp::DiscSpec spec = mkddp::simpleDisc(3, 1);
+    mkddp::DiscSpec spec = mkddp::simpleDisc(3, 1);
+    if (form == QLatin1String("two files"))
+        spec.imageStreams = 2;
     QString error;
-    QVERIFY2(mkddp::writeDisc(spec, dir.filePath(QStringLiteral("disc")), &error),
-             qPrintable(error));
+    QString disc = dir.filePath(QStringLiteral("disc"));
+    QVERIFY2(mkddp::writeDisc(spec, disc, &error), qPrintable(error));
     const mkddp::TestPattern pattern(spec);
+    if (form.endsWith(QLatin1String("zip"))) {
+        const QString zipPath = dir.filePath(QStringLiteral("disc.zip"));
+        QProcess zip;
+        zip.setWorkingDirectory(disc);
+        zip.start(QStringLiteral("zip"),
+                  {form.startsWith(QLatin1String("stored")) ? QStringLiteral("-q0r")
+                                                            : QStringLiteral("-q9r"),
+                   zipPath, QStringLiteral(".")});
+        QVERIFY(zip.waitForFinished(60000) && zip.exitCode() == 0);
+        disc = zipPath;
+    }
 
     const QString recordingPath = dir.filePath(QStringLiteral("recording.raw"));
     QProcess recorder;
@@ -91,8 +115,8 @@ void TestAudioPlayCommand::playAndCompare(QString* dropout)
     QTest::qWait(500);
 
     QProcess player;
-    player.start(tivoraDdp(), {QStringLiteral("play"), dir.filePath(QStringLiteral("disc")),
-                               QStringLiteral("--seconds"), QStringLiteral("3.5")});
+    player.start(tivoraDdp(), {QStringLiteral("play"), disc, QStringLiteral("--seconds"),
+                               QStringLiteral("3.5")});
     QVERIFY(player.waitForFinished(20000));
     QCOMPARE(player.exitCode(), 0);
     QTest::qWait(500);
