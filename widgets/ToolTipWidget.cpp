@@ -1,6 +1,9 @@
 #include "widgets/ToolTipWidget.h"
 
+#include "ddp/DDPModel.h"
+#include "ddp/PqTime.h"
 #include "widgets/FontTable.h"
+#include "widgets/LoudnessColumns.h"
 #include "widgets/Theme.h"
 
 #include <QAbstractButton>
@@ -12,8 +15,22 @@
 #include <QPainter>
 #include <QScreen>
 
+ToolTipWidget::Rows ToolTipWidget::frameTimeRows(const DDPModel& model, int row)
+{
+    const std::vector<PqEntry>& entries = model.entries();
+    const std::size_t entry = model.firstTrackNumber() + static_cast<std::size_t>(row);
+    // Rows past the last entry before the lead-out (the total) have no times.
+    if (row < 0 || entry + leadOutEntryCount(entries) >= entries.size())
+        return {};
+    const std::optional<EntryFrameTimes> times = entryFrameTimes(entries, entry);
+    if (!times)
+        return {};
+    return {{tr("Start (MM:SS:FF)"), QString::fromStdString(frameTimeText(times->start))},
+            {tr("Duration (MM:SS:FF)"), QString::fromStdString(frameTimeText(times->duration))}};
+}
+
 ToolTipWidget::ToolTipWidget(const QAbstractItemModel* model, int row, QWidget* parent,
-                             QAbstractButton* anchor)
+                             QAbstractButton* anchor, const Rows& extraRows)
     : QFrame(parent, Qt::Popup | Qt::FramelessWindowHint), m_anchor(anchor)
 {
     setObjectName(QStringLiteral("toolTipWidget"));
@@ -32,7 +49,16 @@ ToolTipWidget::ToolTipWidget(const QAbstractItemModel* model, int row, QWidget* 
             if (c == 0 && value.isEmpty())
                 continue;
             m_rows.append({name, value.isEmpty() ? QStringLiteral("-") : value});
+            // Figures behind the cell (the loudness measurement's), a line each.
+            const QVariantList more =
+                model->index(row, c).data(LoudnessColumns::kPopupLinesRole).toList();
+            for (const QVariant& line : more) {
+                const QStringList pair = line.toStringList();
+                if (pair.size() == 2)
+                    m_rows.append({pair.at(0), pair.at(1)});
+            }
         }
+        m_rows.append(extraRows);
     }
 
     QPalette captionPalette = palette();

@@ -385,6 +385,47 @@ private slots:
         QVERIFY(none.rows().isEmpty());
     }
 
+    // The popup's frame-exact start and duration: frames borrow across the
+    // second, and the total row past the last track has neither.
+    void rowPopupFrameTimes()
+    {
+        auto entry = [](const char* track, int index, int m, int s, int f) {
+            const std::string text = std::string("VVVS") + track +
+                                     QStringLiteral("%1%2%3%4%5")
+                                         .arg(index, 2, 10, QLatin1Char('0'))
+                                         .arg(0, 2, 10, QLatin1Char('0'))
+                                         .arg(m, 2, 10, QLatin1Char('0'))
+                                         .arg(s, 2, 10, QLatin1Char('0'))
+                                         .arg(f, 2, 10, QLatin1Char('0'))
+                                         .toStdString() +
+                                     "0100";
+            return PqEntry::fromBytes(text);
+        };
+        DDPModel model;
+        model.setEntries({entry("00", 0, 0, 0, 0), entry("01", 0, 0, 0, 0), entry("01", 1, 0, 2, 0),
+                          entry("01", 2, 3, 10, 37), entry("02", 1, 4, 59, 74),
+                          entry("AA", 1, 74, 59, 74), entry("AA", 0, 74, 59, 74)});
+        model.setFirstTrackNumber(1);
+        using Rows = ToolTipWidget::Rows;
+        auto times = [](const char* start, const char* duration) {
+            return Rows{{QStringLiteral("Start (MM:SS:FF)"), QString::fromLatin1(start)},
+                        {QStringLiteral("Duration (MM:SS:FF)"), QString::fromLatin1(duration)}};
+        };
+        QCOMPARE(ToolTipWidget::frameTimeRows(model, 0), times("00:00:00", "00:02:00"));
+        QCOMPARE(ToolTipWidget::frameTimeRows(model, 2), times("03:10:37", "01:49:37"));
+        QCOMPARE(ToolTipWidget::frameTimeRows(model, 3), times("04:59:74", "70:00:00"));
+        QVERIFY(ToolTipWidget::frameTimeRows(model, 4).isEmpty());
+        QVERIFY(ToolTipWidget::frameTimeRows(model, -1).isEmpty());
+
+        QStandardItemModel table(1, 2);
+        table.setHorizontalHeaderLabels({QStringLiteral("Type"), QStringLiteral("Track")});
+        table.setItem(0, 1, new QStandardItem(QStringLiteral("01")));
+        ToolTipWidget popup(&table, 0, nullptr, nullptr, ToolTipWidget::frameTimeRows(model, 0));
+        const Rows expected =
+            Rows{{QStringLiteral("Track"), QStringLiteral("01")}} + times("00:00:00", "00:02:00");
+        QCOMPARE(popup.rows(), expected);
+    }
+
     void styleRules()
     {
         CustomStyle style;
