@@ -3,6 +3,7 @@
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFileSource.h"
+#include "ddp/DdpImageReader.h"
 #include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "ddp/ReadLimits.h"
@@ -256,4 +257,11 @@ VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& mode
     VerificationPlan plan = planVerification(source, model, names, image);
     runVerification(plan);
     return std::move(plan.report);
+}
+
+DdpFileNames readDdpFileNames(const IDdpFileSource& source)
+{
+    DdpImageReader reader;
+    reader.read(source);
+    return {reader.imageFileName(), reader.pqFileName(), reader.cdTextFileName()};
 }

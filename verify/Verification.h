@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ddp/DdpLoader.h"
 #include "verify/ChecksumFile.h"
 #include "verify/DigestRun.h"
 #include "verify/DiscCheck.h"
@@ -14,7 +15,6 @@
 class DDPModel;
 class DiscImage;
 class IDdpFileSource;
-struct DdpFileNames;
 
 // One file named in a checksum file, and what reading it found.
 struct ChecksumVerdict
@@ -86,6 +86,10 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
 // `cancel` is set; the report then says Cancelled.
 void runVerification(VerificationPlan& plan, const std::atomic<bool>* cancel = nullptr,
                      const DigestProgress& progress = {});
+
+// The file names the DDP's map gives, read again from the source (for
+// callers that loaded the disc without asking for them).
+DdpFileNames readDdpFileNames(const IDdpFileSource& source);
 
 // The whole run in one call, for the command line and tests.
 VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& model,

@@ -47,7 +47,10 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
     VerificationWorker* self = this;
 
     run->thread = QThread::create([self, run, source, model, names, image]() {
-        VerificationPlan plan = planVerification(*source, *model, names, image);
+        DdpFileNames files = names;
+        if (files.image.empty() && files.pq.empty() && files.cdText.empty())
+            files = readDdpFileNames(*source);
+        VerificationPlan plan = planVerification(*source, *model, files, image);
         const std::uint64_t total = plan.totalBytes();
         int lastPercent = -1;
         auto post = [self, run](auto function) {

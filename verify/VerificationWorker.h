@@ -29,6 +29,7 @@ public:
     explicit VerificationWorker(QObject* parent = nullptr);
     ~VerificationWorker() override;
 
+    // Without `names` (all empty), the map is read again on the worker.
     void start(std::shared_ptr<const IDdpFileSource> source, std::shared_ptr<const DDPModel> model,
                DdpFileNames names, std::shared_ptr<const DiscImage> image);
     void cancel();

@@ -32,7 +32,9 @@ int runInfo(const QStringList& args)
     if (path.isEmpty())
         return usage();
 
-    const InfoReport report = makeInfoReport(path);
+    InfoReport report = makeInfoReport(path);
+    if (json)
+        addVerification(report);
     const QByteArray text = json ? infoReportJson(report) : infoReportText(report);
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
     std::fflush(stdout);

@@ -8,6 +8,8 @@
 #include "ddp/ErrorTexts.h"
 #include "ddp/HiddenTrack.h"
 #include "tools/tivora-ddp/TerminalText.h"
+#include "verify/Verification.h"
+#include "verify/VerificationText.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -67,6 +69,21 @@ openReportImage(const InfoReport& report, LoadResult* error,
     if (!image && error)
         *error = {ErrorKind::ImageMissing, why.toStdString()};
     return image;
+}
+
+void addVerification(InfoReport& report)
+{
+    if (report.result.kind != ErrorKind::NoError && report.result.kind != ErrorKind::ImageMissing)
+        return;
+    std::shared_ptr<const DiscImage> image = openReportImage(report, nullptr);
+    if (report.archive) {
+        report.verification = std::make_shared<VerificationReport>(
+            verifyDisc(*report.archive, *report.model, report.files, image));
+        return;
+    }
+    const FolderFileSource source(report.folder);
+    report.verification = std::make_shared<VerificationReport>(
+        verifyDisc(source, *report.model, report.files, image));
 }
 
 namespace {
@@ -140,7 +157,7 @@ QByteArray infoReportJson(const InfoReport& report)
     for (std::uint32_t index : report.model->indexList())
         indexList.append(static_cast<qint64>(index));
 
-    const QJsonObject object{
+    QJsonObject object{
         {QStringLiteral("kind"), static_cast<int>(report.result.kind)},
         {QStringLiteral("title"), errorTitle(report.result.kind)},
         {QStringLiteral("message"), QString::fromStdString(report.result.message)},
@@ -169,6 +186,10 @@ QByteArray infoReportJson(const InfoReport& report)
          report.archive ? QJsonValue(ddpFileNameFromBytes(report.archive->folderInArchive()))
                         : QJsonValue(QJsonValue::Null)},
     };
+    if (report.verification) {
+        object.insert(QStringLiteral("checksums"), checksumsJson(*report.verification));
+        object.insert(QStringLiteral("findings"), findingsJson(*report.verification));
+    }
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
 

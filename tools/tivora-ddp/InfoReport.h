@@ -14,6 +14,7 @@
 class ArchiveDdp;
 class DiscImage;
 class QStandardItemModel;
+struct VerificationReport;
 
 // Everything `tivora-ddp info` reports about one path, gathered the way the
 // window does it: the path must exist (4), the open dialog's check (6, then
@@ -26,7 +27,13 @@ struct InfoReport
     DdpFileNames files;
     std::shared_ptr<QStandardItemModel> table;
     std::shared_ptr<DDPModel> model;
+    // Checksums and the disc check, when they were asked for ("checksums"
+    // and "findings" in the JSON).
+    std::shared_ptr<const VerificationReport> verification;
 };
+
+// Verifies a loaded report's disc: its checksum files and the disc check.
+void addVerification(InfoReport& report);
 
 // PATH is a DDP folder, a file inside one, which stands for its folder, or a
 // ZIP archive holding a DDP (a regular file whose name ends in ".zip").
