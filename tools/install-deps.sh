@@ -17,4 +17,5 @@ $SUDO apt-get install -y --no-install-recommends \
   fonts-liberation \
   python3 time \
   libzip-dev zip unzip \
-  libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg
+  libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg \
+  libebur128-dev ffmpeg

@@ -64,6 +64,10 @@ void polishLabel(QLabel* label)
                name == QLatin1String("albumLabel")) {
         label->setFont(FontTable::font(2, true));
         setTextColor(label, Theme::brightText());
+    } else if (name == QLatin1String("loudnessLabel")) {
+        // Two figures beside the album: a size smaller, so both fit.
+        label->setFont(FontTable::font(1, true));
+        setTextColor(label, Theme::brightText());
     } else if (name == QLatin1String("statusLabel")) {
         // The notes about the disc: the values' size, their own colour.
         label->setFont(FontTable::font(2));

@@ -3,6 +3,7 @@
 #include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
 #include "ddp/ErrorTexts.h"
+#include "widgets/FontTable.h"
 #include "widgets/Theme.h"
 
 #include <QGridLayout>
@@ -131,7 +132,9 @@ void InfoBoxWidget::setupUi()
     m_upcEanLabel = makeLabel("upcEanLabel", this);
     m_artistLabel = makeLabel("artistLabel", this);
     m_albumLabel = makeLabel("albumLabel", this);
-    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel}) {
+    m_loudnessCaptionLabel = makeLabel("loudnessCaptionLabel", this);
+    m_loudnessLabel = makeLabel("loudnessLabel", this);
+    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel, m_loudnessLabel}) {
         value->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
         // Long CD-Text must not widen the window.
@@ -141,9 +144,16 @@ void InfoBoxWidget::setupUi()
     m_gridLayout->addWidget(m_upcEanCaptionLabel, 0, 0);
     m_gridLayout->addWidget(m_artistCaptionLabel, 0, 1);
     m_gridLayout->addWidget(m_albumCaptionLabel, 0, 2);
+    // The code is never longer than 13 digits: it keeps its room beside the
+    // loudness.
+    m_upcEanLabel->setMinimumWidth(
+        QFontMetrics(FontTable::font(2, true)).horizontalAdvance(QStringLiteral("0000000000000")));
     m_gridLayout->addWidget(m_upcEanLabel, 1, 0);
     m_gridLayout->addWidget(m_artistLabel, 1, 1);
     m_gridLayout->addWidget(m_albumLabel, 1, 2);
+    // In the same two rows as the album, so that the table loses no height.
+    m_gridLayout->addWidget(m_loudnessCaptionLabel, 0, 3);
+    m_gridLayout->addWidget(m_loudnessLabel, 1, 3);
     m_statusLabel = new StatusLabel(this);
     m_statusLabel->setObjectName(QStringLiteral("statusLabel"));
     m_statusLabel->setTextFormat(Qt::PlainText);
@@ -151,10 +161,11 @@ void InfoBoxWidget::setupUi()
     QPalette palette = m_statusLabel->palette();
     palette.setColor(QPalette::WindowText, Theme::warning());
     m_statusLabel->setPalette(palette);
-    m_gridLayout->addWidget(m_statusLabel, 2, 0, 1, 3);
+    m_gridLayout->addWidget(m_statusLabel, 2, 0, 1, 4);
     m_gridLayout->setColumnStretch(0, 2);
     m_gridLayout->setColumnStretch(1, 3);
     m_gridLayout->setColumnStretch(2, 3);
+    m_gridLayout->setColumnStretch(3, 3);
     m_mainInfoLayout->addLayout(m_gridLayout);
 
     retranslateUi();
@@ -167,14 +178,16 @@ void InfoBoxWidget::retranslateUi()
     m_upcEanCaptionLabel->setText(tr("UPC/EAN"));
     m_artistCaptionLabel->setText(tr("ARTIST"));
     m_albumCaptionLabel->setText(tr("ALBUM"));
+    m_loudnessCaptionLabel->setText(tr("LOUDNESS"));
 }
 
 void InfoBoxWidget::clear()
 {
-    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel}) {
+    for (QLabel* value : {m_upcEanLabel, m_artistLabel, m_albumLabel, m_loudnessLabel}) {
         value->setText(kMissing);
         value->setToolTip(QString());
     }
+    m_loudnessLabel->setPalette(m_albumLabel->palette());
     m_statusLabel->clear();
     m_statusLabel->setToolTip(QString());
     m_statusLabel->hide();

@@ -30,6 +30,9 @@ public:
     // text() holds every note; at most two lines are shown, each cut to the
     // width, and the tool tip holds them all.
     QLabel* statusLabel() const { return m_statusLabel; }
+    // The disc's loudness and true peak beside the album, or the progress of
+    // their measurement; "-" until then. Filled by LoudnessColumns.
+    QLabel* loudnessLabel() const { return m_loudnessLabel; }
 
 private:
     void setupUi();
@@ -44,4 +47,6 @@ private:
     QLabel* m_artistLabel = nullptr;
     QLabel* m_albumLabel = nullptr;
     QLabel* m_statusLabel = nullptr;
+    QLabel* m_loudnessCaptionLabel = nullptr;
+    QLabel* m_loudnessLabel = nullptr;
 };

@@ -2,8 +2,10 @@
 
 #include "ddp/IDrawInfoProvider.h"
 #include "ddp/Settings.h"
+#include "ddp/TrackTable.h"
 #include "widgets/FilterHeaderView.h"
 #include "widgets/FontTable.h"
+#include "widgets/LoudnessColumns.h"
 #include "widgets/PixmapRoutines.h"
 #include "widgets/Theme.h"
 
@@ -163,8 +165,18 @@ void TableViewWidget::restoreHeaderState()
     if (!m_header)
         return;
     const QByteArray state = readSetting(kHeaderKey).toByteArray();
-    if (!state.isEmpty())
+    if (!state.isEmpty()) {
         m_header->restoreState(state);
+        return;
+    }
+    // Without a saved layout the loudness columns stand after "Duration",
+    // in view at the window's first size; a saved layout keeps them where
+    // it has them (at its end, if it was saved before they existed).
+    const int duration = m_header->visualIndex(TrackTableRows::Duration);
+    for (int c = LoudnessColumns::kLoudnessColumn;
+         c <= LoudnessColumns::kTruePeakColumn && c < m_header->count(); ++c)
+        m_header->moveSection(m_header->visualIndex(c),
+                              duration + 1 + c - LoudnessColumns::kLoudnessColumn);
 }
 
 void TableViewWidget::saveHeaderState() const

@@ -7,3 +7,4 @@
 int runInfo(const QStringList& args);
 int runPlay(const QStringList& args);
 int runExport(const QStringList& args);
+int runAnalyze(const QStringList& args);

@@ -21,7 +21,8 @@ static int usage()
 {
     std::fputs("usage: tivora-ddp info [--json] PATH\n"
                "       tivora-ddp play PATH [--track N] [--seconds S] [--device NAME]\n"
-               "       tivora-ddp export PATH OUTDIR [--track N]\n",
+               "       tivora-ddp export PATH OUTDIR [--track N]\n"
+               "       tivora-ddp analyze [--json] PATH\n",
                stderr);
     return 2;
 }
@@ -71,5 +72,7 @@ int main(int argc, char** argv)
         return handOverToPlay(args);
     if (command == QLatin1String("export"))
         return runExport(args);
+    if (command == QLatin1String("analyze"))
+        return runAnalyze(args);
     return usage();
 }
