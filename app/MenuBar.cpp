@@ -111,6 +111,41 @@ void MenuBar::addExportAction()
     m_exportAction->setToolTip(tr(kExportTooltip));
     m_exportAction->setEnabled(false);
     connect(m_exportAction, &QAction::triggered, this, &MenuBar::wavExportAllTriggered);
+
+    const struct
+    {
+        QAction** action;
+        ExportFormat format;
+        const char* text;
+        const char* name;
+        const char* tooltip;
+    } kEncoded[] = {
+        {&m_flacExportAction, ExportFormat::Flac, "Export as FLAC", "actionExportAllFlac",
+         "<font>Export all tracks to FLAC files (lossless), tagged from the CD-Text, ISRCs "
+         "and UPC/EAN.</font>"},
+        {&m_mp3ExportAction, ExportFormat::Mp3, "Export as MP3", "actionExportAllMp3",
+         "<font>Export all tracks to MP3 files at 320 kb/s for listening copies, tagged from "
+         "the CD-Text, ISRCs and UPC/EAN.</font>"},
+    };
+    for (const auto& entry : kEncoded) {
+        QAction* action =
+            m_programMenu->addAction(QIcon(QStringLiteral(":save_icon")), tr(entry.text));
+        action->setObjectName(QLatin1String(entry.name));
+        action->setToolTip(tr(entry.tooltip));
+        action->setEnabled(false);
+        const ExportFormat format = entry.format;
+        connect(action, &QAction::triggered, this,
+                [this, format] { emit encodedExportAllTriggered(format); });
+        *entry.action = action;
+    }
+    m_cueSheetAction = m_programMenu->addAction(QIcon(QStringLiteral(":save_icon")),
+                                                tr("Export Cue Sheet for a Reference CD…"));
+    m_cueSheetAction->setObjectName(QStringLiteral("actionExportCueSheet"));
+    m_cueSheetAction->setToolTip(
+        tr("<font>A cue sheet and the disc's image as a BIN file beside it: burning them gives "
+           "the disc's tracks, indexes, ISRCs, flags and CD-Text.</font>"));
+    m_cueSheetAction->setEnabled(false);
+    connect(m_cueSheetAction, &QAction::triggered, this, &MenuBar::cueSheetExportTriggered);
 }
 
 void MenuBar::addAboutAction()
@@ -121,8 +156,11 @@ void MenuBar::addAboutAction()
 
 void MenuBar::setExportEnabled(bool enabled)
 {
-    if (m_exportAction)
-        m_exportAction->setEnabled(enabled);
+    for (QAction* action :
+         {m_exportAction, m_flacExportAction, m_mp3ExportAction, m_cueSheetAction}) {
+        if (action)
+            action->setEnabled(enabled);
+    }
 }
 
 void MenuBar::refillDevicesMenu()

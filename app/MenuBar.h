@@ -1,5 +1,7 @@
 #pragma once
 
+#include "export/TrackEncoder.h"
+
 #include <QWidget>
 
 class QAction;
@@ -34,6 +36,11 @@ public:
     QAction* openAction() const { return m_openAction; }
     QAction* aboutAction() const { return m_aboutAction; }
     QAction* exportAction() const { return m_exportAction; }
+    // "Export as FLAC", "Export as MP3" and "Export Cue Sheet…", beside
+    // "Export as WAV" and enabled with it.
+    QAction* flacExportAction() const { return m_flacExportAction; }
+    QAction* mp3ExportAction() const { return m_mp3ExportAction; }
+    QAction* cueSheetAction() const { return m_cueSheetAction; }
     QToolButton* closeButton() const { return m_closeButton; }
     QToolButton* minimizeButton() const { return m_minimizeButton; }
     QPushButton* menuButton() const { return m_menuButton; }
@@ -44,6 +51,8 @@ signals:
     // The user chose a device; it is already stored under "audioDeviceId".
     void audioDeviceChanged(const QString& device);
     void wavExportAllTriggered();
+    void encodedExportAllTriggered(ExportFormat format);
+    void cueSheetExportTriggered();
     void rescanTriggered();
 
 protected:
@@ -60,6 +69,9 @@ private:
     QMenu* m_devicesMenu;
     QAction* m_openAction = nullptr;
     QAction* m_exportAction = nullptr;
+    QAction* m_flacExportAction = nullptr;
+    QAction* m_mp3ExportAction = nullptr;
+    QAction* m_cueSheetAction = nullptr;
     QAction* m_aboutAction = nullptr;
     Audio::IAudioDeviceInfos* m_deviceInfos = nullptr;
 };

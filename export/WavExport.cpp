@@ -1,10 +1,13 @@
 #include "export/WavExport.h"
 
+#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ImageLayout.h"
 #include "ddp/RegularFile.h"
 #include "ddp/Settings.h"
+#include "export/CueWriter.h"
+#include "export/EncodeWriter.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
@@ -75,8 +78,9 @@ void WavExport::exportTrack(int row, const QString& ddpFolder)
 
     const QString proposed =
         QDir(readSetting(kDefaultExportDirKey).toString()).absoluteFilePath(name);
-    const QString chosen = m_dialogs.saveFileName(m_parentWidget, tr("Save Track as WAV"), proposed,
-                                                  tr("WAV (*.wav)"));
+    const QString chosen =
+        m_dialogs.saveFileName(m_parentWidget, tr("Save Track"), proposed,
+                               tr("WAV (*.wav);;FLAC (*.flac);;MP3, 320 kb/s (*.mp3)"));
     if (chosen.isEmpty())
         return;
     rememberParentDirectory(chosen, kDefaultExportDirKey);
@@ -92,19 +96,26 @@ void WavExport::exportTrack(int row, const QString& ddpFolder)
     const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
     if (!image)
         return;
-    auto* worker = new FileWriterOneTrack(chosen, imageName(), range.start, range.end);
+    // Any other extension is written as WAV, as it always was.
+    const ExportFormat format = formatFromText(chosen).value_or(ExportFormat::Wav);
+    FileWriter* worker = nullptr;
+    if (format == ExportFormat::Wav)
+        worker = new FileWriterOneTrack(chosen, imageName(), range.start, range.end);
+    else
+        worker = new EncodeWriter(format, chosen, imageName(), model, entry);
     worker->setImage(image);
-    startWorker(worker, range.length() >= kProgressBarThreshold);
+    // Encoding takes far longer than a copy: every encoded track shows a bar.
+    startWorker(worker, format != ExportFormat::Wav || range.length() >= kProgressBarThreshold);
 }
 
-void WavExport::exportAllTracks(const QString& ddpFolder)
+void WavExport::exportAllTracks(const QString& ddpFolder, ExportFormat format)
 {
     if (!canStart())
         return;
     const std::shared_ptr<DDPModel> model = m_model;
-    const QString chosen =
-        m_dialogs.existingDirectory(m_parentWidget, tr("Save DDP as separated WAV files"),
-                                    readSetting(kDefaultExportDirKey).toString());
+    const QString chosen = m_dialogs.existingDirectory(
+        m_parentWidget, tr("Save DDP as separated %1 files").arg(formatName(format)),
+        readSetting(kDefaultExportDirKey).toString());
     if (chosen.isEmpty())
         return;
     // A folder typed into the dialog may not exist yet, nor its parent.
@@ -117,7 +128,42 @@ void WavExport::exportAllTracks(const QString& ddpFolder)
     const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
     if (!image)
         return;
-    auto* worker = new FileWriterAllTracks(chosen, imageName(), model);
+    FileWriter* worker = nullptr;
+    if (format == ExportFormat::Wav)
+        worker = new FileWriterAllTracks(chosen, imageName(), model);
+    else
+        worker = new EncodeWriter(format, chosen, imageName(), model);
+    worker->setImage(image);
+    startWorker(worker, true);
+}
+
+void WavExport::exportCueSheet(const QString& ddpFolder)
+{
+    if (!canStart())
+        return;
+    const std::shared_ptr<DDPModel> model = m_model;
+    // Named after the album when the disc has a title for it.
+    QString album;
+    try {
+        album = cdTextString(model->cdText(), 0, CdTextRecord::Title).trimmed();
+    } catch (const std::exception&) {
+    }
+    const QString name =
+        safeFileName(album.isEmpty() ? tr("Reference CD") : album) + QStringLiteral(".cue");
+    const QString proposed =
+        QDir(readSetting(kDefaultExportDirKey).toString()).absoluteFilePath(name);
+    QString chosen =
+        m_dialogs.saveFileName(m_parentWidget, tr("Save Cue Sheet for a Reference CD"), proposed,
+                               tr("Cue sheet, with the image beside it as BIN (*.cue)"));
+    if (chosen.isEmpty())
+        return;
+    if (!chosen.endsWith(QLatin1String(".cue"), Qt::CaseInsensitive))
+        chosen += QStringLiteral(".cue");
+    rememberParentDirectory(chosen, kDefaultExportDirKey);
+    const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
+    if (!image)
+        return;
+    auto* worker = new CueWriter(chosen, CueAudioFile::Binary, imageName(), model);
     worker->setImage(image);
     startWorker(worker, true);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "export/ExportDialogs.h"
+#include "export/TrackEncoder.h"
 
 #include <QObject>
 #include <QPointer>
@@ -26,6 +27,9 @@ class QWidget;
 //   exporter->setDisc(model, image);                   // before every export
 //   exporter->exportTrack(row, ddpFolder);             // a track's export button
 //   exporter->exportAllTracks(ddpFolder);              // "Export as WAV"
+//   exporter->exportAllTracks(ddpFolder, ExportFormat::Flac); // "Export as FLAC"
+//   exporter->exportCueSheet(ddpFolder);               // "Export Cue Sheet"
+// A track's file is WAV, FLAC or MP3 by the extension chosen in the dialog.
 // With an image set, the export reads the audio the window plays (a folder,
 // an archive or a split image alike); without one it opens the image from
 // `ddpFolder`.
@@ -64,7 +68,10 @@ public:
     void exportTrack(int row, const QString& ddpFolder);
     void exportTrack(int row, std::shared_ptr<DDPModel> model, const QString& ddpFolder);
     // Every track into a folder ("Save DDP as separated WAV files").
-    void exportAllTracks(const QString& ddpFolder);
+    void exportAllTracks(const QString& ddpFolder, ExportFormat format = ExportFormat::Wav);
+    // A cue sheet and the disc's image as a BIN beside it, for burning a
+    // reference CD ("Save Cue Sheet for a Reference CD").
+    void exportCueSheet(const QString& ddpFolder);
     void exportAllTracks(std::shared_ptr<DDPModel> model, const QString& ddpFolder);
 
     // From the start of a worker until its thread has ended. A new export

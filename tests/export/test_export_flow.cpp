@@ -88,6 +88,44 @@ private slots:
     void cleanupTestCase() { delete m_window; }
     void init() { QFile::remove(settingsFilePath()); }
 
+    // The extension chosen decides the format; every format takes the
+    // exporter's worker thread and progress bar. The cue sheet's flow
+    // writes the sheet and the image up to the lead-out beside it.
+    void otherFormatsAndTheCueSheet()
+    {
+        Answers answers;
+        answers.savePath = path(QStringLiteral("formats/three.flac"));
+        QVERIFY(QDir().mkpath(path(QStringLiteral("formats"))));
+        WavExport exporter(m_window, answers.dialogs());
+        QSignalSpy finished(&exporter, &WavExport::exportFinished);
+        const std::shared_ptr<DDPModel> model = makeModel(testbytes::simpleEntries(2, {4, 5, 6}));
+        exporter.exportTrack(2, model, m_ddp);
+        QVERIFY(m_window->findChild<QProgressBar*>()); // encoding always shows one
+        QVERIFY(waitFor(finished));
+        QVERIFY(QFile(answers.savePath).open(QIODevice::ReadOnly));
+        QFile flac(answers.savePath);
+        QVERIFY(flac.open(QIODevice::ReadOnly));
+        QCOMPARE(flac.read(4), QByteArray("fLaC"));
+
+        answers.folder = path(QStringLiteral("formats/all"));
+        exporter.exportAllTracks(m_ddp, ExportFormat::Mp3);
+        QVERIFY(finished.wait(60000));
+        QCOMPARE(answers.asked.mid(3, 1),
+                 QStringList{QStringLiteral("Save DDP as separated MP3 files")});
+        QCOMPARE(QDir(answers.folder).entryList(QDir::Files, QDir::Name),
+                 (QStringList{QStringLiteral("Track 1.mp3"), QStringLiteral("Track 2.mp3"),
+                              QStringLiteral("Track 3.mp3")}));
+
+        answers.savePath = path(QStringLiteral("formats/reference"));
+        exporter.exportCueSheet(m_ddp);
+        QVERIFY(finished.wait(30000));
+        QVERIFY(QFile(answers.savePath + QStringLiteral(".cue")).open(QIODevice::ReadOnly));
+        QFile bin(answers.savePath + QStringLiteral(".bin"));
+        QVERIFY(bin.open(QIODevice::ReadOnly));
+        QCOMPARE(bin.readAll(), patternBytes(0, at(0, 17, 0)));
+        QVERIFY(answers.errors.isEmpty());
+    }
+
     void oneTrack()
     {
         const QString start = path(QStringLiteral("start"));
@@ -100,9 +138,10 @@ private slots:
         QSignalSpy finished(&exporter, &WavExport::exportFinished);
         exporter.exportTrack(1, makeModel(testbytes::simpleEntries(2, {4, 5, 6}), &record), m_ddp);
 
-        QCOMPARE(answers.asked, (QStringList{QStringLiteral("Save Track as WAV"),
-                                             start + QStringLiteral("/2 - Two.wav"),
-                                             QStringLiteral("WAV (*.wav)")}));
+        QCOMPARE(
+            answers.asked,
+            (QStringList{QStringLiteral("Save Track"), start + QStringLiteral("/2 - Two.wav"),
+                         QStringLiteral("WAV (*.wav);;FLAC (*.flac);;MP3, 320 kb/s (*.mp3)")}));
         QVERIFY(!m_window->findChild<QProgressBar*>()); // short tracks need no bar
         QVERIFY(waitFor(finished));
         QString why;
