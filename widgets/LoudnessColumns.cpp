@@ -52,6 +52,8 @@ void LoudnessColumns::start(const std::shared_ptr<DDPModel>& model,
         m_rows.clear();
         return; // a disc whose tracks cannot be told apart has nothing to measure
     }
+    if (spans.empty())
+        return;
     const std::vector<PqEntry>& entries = disc.entries();
     const qint64 leadOut = byteOffset(entries[entries.size() - leadOutEntryCount(entries)]);
     if (m_infoBox)

@@ -140,6 +140,30 @@ private slots:
                  1);
     }
 
+    // An image a second short of its PQ: the last track is measured as far
+    // as it goes and said to be cut, not padded with silence.
+    void imageCutShort()
+    {
+        mkddp::DiscSpec spec = mkddp::signalsDisc();
+        spec.faults.append(mkddp::Fault::ImageCutShort);
+        const QString disc = m_dir.filePath(QStringLiteral("short"));
+        QVERIFY(mkddp::writeDisc(spec, disc));
+        const QJsonObject json = analyzeJson(disc);
+        const QJsonArray tracks = json.value(QStringLiteral("tracks")).toArray();
+        QCOMPARE(tracks.size(), 5);
+        QVERIFY(tracks.at(3).toObject().value(QStringLiteral("complete")).toBool());
+        const QJsonObject last = tracks.at(4).toObject();
+        QVERIFY(!last.value(QStringLiteral("complete")).toBool());
+        QCOMPARE(last.value(QStringLiteral("seconds")).toDouble(), 19.0);
+        QVERIFY(!json.value(QStringLiteral("disc"))
+                     .toObject()
+                     .value(QStringLiteral("complete"))
+                     .toBool());
+        const Run text = run(tool("tivora-ddp"), {QStringLiteral("analyze"), disc});
+        QCOMPARE(text.status, 0);
+        QVERIFY(text.out.contains("Note: the audio image ends before the last track does."));
+    }
+
     // The demo disc's tracks exported as WAV and measured by ffmpeg's meter
     // read the same, within what two conforming meters may differ by.
     void agreesWithFfmpeg()

@@ -100,7 +100,10 @@ QString textTable(const std::vector<Track>& tracks, const DiscLoudness& result)
             line += r.at(c).leftJustified(widths.at(c) + 2);
         out += line.trimmed() + QLatin1Char('\n');
     }
-    out += QStringLiteral("(! true peak above -1.0 dBTP)\n");
+    if (truePeakNeedsLook(result.disc.truePeak))
+        out += QStringLiteral("! true peak above -1.0 dBTP\n");
+    if (!result.disc.complete)
+        out += QStringLiteral("Note: the audio image ends before the last track does.\n");
     return out;
 }
 
