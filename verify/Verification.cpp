@@ -175,7 +175,8 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
                 job.name = entry.name;
                 // The audio streams are read as playback reads them.
                 for (const ImageStream& stream : model.imageLayout().streams) {
-                    if (image && sameNameIgnoringCase(diskName(stream.name), entry.name)) {
+                    if (image && stream.discOffset <= image->length() &&
+                        sameNameIgnoringCase(diskName(stream.name), entry.name)) {
                         job.image = image;
                         job.offset = stream.discOffset;
                         job.length = std::min(stream.length, image->length() - stream.discOffset);

@@ -3,11 +3,7 @@
 #include "verify/Verification.h"
 
 #include <QFile>
-#include <QJsonDocument>
 #include <QStringList>
-
-#include <algorithm>
-#include <set>
 
 namespace {
 

@@ -11,14 +11,19 @@
 #include <unistd.h>
 #endif
 
+#include <mutex>
 #include <vector>
 
-// One run: its cancel flag (written by the GUI thread, read by the run's
-// thread between blocks) and its thread.
+// One run. The run's thread talks back through queued signals that carry
+// plain numbers; the report itself waits here, under the mutex, for the GUI
+// thread to take it.
 struct VerificationWorker::Run
 {
-    std::atomic<bool> cancel{false};
-    QThread* thread = nullptr;
+    quint64 number = 0;
+    std::atomic<bool> cancel{false}; // written by the GUI thread, read by the run's
+    QThread* thread = nullptr;       // GUI thread only
+    std::mutex mutex;
+    VerificationReport report; // written by the run's thread, then read by the GUI thread
 };
 
 namespace {
@@ -37,7 +42,31 @@ void yieldToOtherThreads()
 
 } // namespace
 
-VerificationWorker::VerificationWorker(QObject* parent) : QObject(parent) {}
+VerificationWorker::VerificationWorker(QObject* parent) : QObject(parent)
+{
+    // Emitted from a run's thread: queued to this object's.
+    connect(
+        this, &VerificationWorker::runProgressed, this,
+        [this](quint64 run, int percent) {
+            if (m_current && m_current->number == run)
+                emit progressed(percent);
+        },
+        Qt::QueuedConnection);
+    connect(
+        this, &VerificationWorker::runFinished, this,
+        [this](quint64 run) {
+            if (!m_current || m_current->number != run)
+                return;
+            {
+                std::lock_guard<std::mutex> lock(m_current->mutex);
+                m_report = std::move(m_current->report);
+            }
+            m_current.reset();
+            m_running = false;
+            emit finished();
+        },
+        Qt::QueuedConnection);
+}
 
 // A cancelled run stops at its next block, a few milliseconds: waiting for
 // it here keeps every run within the life of the worker it posts to.
@@ -64,11 +93,11 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
 {
     cancel();
     auto run = std::make_shared<Run>();
+    run->number = ++m_runs;
     m_current = run;
     m_running = true;
-    VerificationWorker* self = this;
 
-    run->thread = QThread::create([self, run, source, model, names, image]() {
+    run->thread = QThread::create([this, run, source, model, names, image]() {
         yieldToOtherThreads();
         DdpFileNames files = names;
         if (files.image.empty() && files.pq.empty() && files.cdText.empty())
@@ -76,32 +105,20 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
         VerificationPlan plan = planVerification(*source, *model, files, image);
         const std::uint64_t total = plan.totalBytes();
         int lastPercent = -1;
-        auto post = [self, run](auto function) {
-            // Runs on the GUI thread, and only while this run is the current one.
-            QMetaObject::invokeMethod(
-                self,
-                [self, run, function]() {
-                    if (self->m_current == run)
-                        function(*self);
-                },
-                Qt::QueuedConnection);
-        };
         runVerification(plan, &run->cancel, [&](std::uint64_t done, std::uint64_t) {
             const int percent = total ? int(done * 100 / total) : 100;
             if (percent != lastPercent) {
                 lastPercent = percent;
-                post([percent](VerificationWorker& worker) { emit worker.progressed(percent); });
+                emit runProgressed(run->number, percent);
             }
         });
         if (run->cancel.load())
             return;
-        auto report = std::make_shared<VerificationReport>(std::move(plan.report));
-        post([report](VerificationWorker& worker) {
-            worker.m_report = std::move(*report);
-            worker.m_running = false;
-            worker.m_current.reset();
-            emit worker.finished();
-        });
+        {
+            std::lock_guard<std::mutex> lock(run->mutex);
+            run->report = std::move(plan.report);
+        }
+        emit runFinished(run->number);
     });
     // Threads of earlier runs that are done go now.
     for (auto it = m_threads.begin(); it != m_threads.end();) {

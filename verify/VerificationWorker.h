@@ -40,11 +40,15 @@ public:
 signals:
     void progressed(int percent);
     void finished();
+    // From a run's thread, queued; only the current run's get through.
+    void runProgressed(quint64 run, int percent);
+    void runFinished(quint64 run);
 
 private:
     struct Run;
     // GUI thread only: the run whose results are still wanted.
     std::shared_ptr<Run> m_current;
+    quint64 m_runs = 0;
     bool m_running = false;
     std::vector<QThread*> m_threads; // GUI thread only: every run's thread, until it is done
     VerificationReport m_report;

@@ -99,6 +99,14 @@ void VerificationLine::showReport(const VerificationReport& report)
     emit verified();
 }
 
+void VerificationLine::setVisible(bool visible)
+{
+    const bool changed = visible == isHidden();
+    ClickableLabel::setVisible(visible);
+    if (changed)
+        emit visibilityChanged(visible);
+}
+
 void VerificationLine::setTone(Tone tone)
 {
     m_tone = tone;

@@ -48,6 +48,7 @@ public:
     // Shows a finished report; used by start()'s worker and by tests.
     void showReport(const VerificationReport& report);
     void showProgress(int percent);
+    void setVisible(bool visible) override;
 
 public slots:
     // The details dialog, modal.
@@ -55,6 +56,7 @@ public slots:
 
 signals:
     void verified();
+    void visibilityChanged(bool visible);
 
 private:
     void setTone(Tone tone);

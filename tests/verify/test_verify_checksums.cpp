@@ -171,6 +171,36 @@ private slots:
         QCOMPARE(verdictLine(verifyFolder(none).report), QStringLiteral("No checksum file"));
     }
 
+    void twoChecksumFilesOneReadOfEachFile()
+    {
+        // CHECKSUM.MD5 and CHECKSUM.TXT side by side: every file is read once
+        // for both its digests, and each file's verdicts come from both.
+        const QString folder = write(QStringLiteral("both"), mkddp::simpleDisc(3, 10), Style::Md5);
+        QFile md5(QDir(folder).filePath(QStringLiteral("CHECKSUM.MD5")));
+        QVERIFY(md5.open(QIODevice::ReadOnly));
+        const QByteArray md5Bytes = md5.readAll();
+        md5.close();
+        write(QStringLiteral("both"), mkddp::simpleDisc(3, 10), Style::CrcIni);
+        QVERIFY(md5.open(QIODevice::WriteOnly));
+        md5.write(md5Bytes);
+        md5.close();
+
+        auto model = std::make_shared<DDPModel>();
+        DdpFileNames names;
+        QStandardItemModel table;
+        loadDdp(folder, &table, *model, &names);
+        VerificationPlan plan = planVerification(FolderFileSource(folder), *model, names,
+                                                 openDiscImage(folder, model->imageLayout()));
+        QCOMPARE(plan.report.verdicts.size(), std::size_t(10));
+        QCOMPARE(plan.jobs.size(), std::size_t(5));
+        for (const DigestJob& job : plan.jobs)
+            QVERIFY(job.md5 && job.crc32);
+        runVerification(plan);
+        QCOMPARE(plan.report.state(), VerificationReport::Ok);
+        QCOMPARE(verdictLine(plan.report),
+                 QStringLiteral("Checksums OK: 5 of 5 files (CHECKSUM.MD5, CHECKSUM.TXT)"));
+    }
+
     void splitImagesAreReadThroughTheDiscImage()
     {
         // Three stream files with silence between them: each file's digest

@@ -172,6 +172,31 @@ private slots:
         save(box.frame, QStringLiteral("verify-line-none"));
     }
 
+    void notesAndVerdictShareTwoLines()
+    {
+        // Two notes (a data session left out, an image short of its PQ):
+        // while the verdict shows, they fold into one line.
+        mkddp::DiscSpec spec = mkddp::simpleDisc(3, 10);
+        spec.dataStream = true;
+        spec.faults = {mkddp::Fault::ImageCutShort};
+        Disc disc;
+        disc.folder = m_dir.filePath(QStringLiteral("notes"));
+        QVERIFY(mkddp::writeDisc(spec, disc.folder));
+        QStandardItemModel table;
+        loadDdp(disc.folder, &table, *disc.model);
+        disc.image = openDiscImage(disc.folder, disc.model->imageLayout());
+        Box box;
+        box.frame.show();
+        box.info->setModel(*disc.model);
+        QLabel* notes = box.info->statusLabel();
+        const int line = notes->fontMetrics().lineSpacing();
+        QCOMPARE(notes->sizeHint().height() / line, 2);
+        verify(box, disc);
+        QCOMPARE(notes->sizeHint().height() / line, 1);
+        box.info->verificationLine()->cancel();
+        QCOMPARE(notes->sizeHint().height() / line, 2);
+    }
+
     void cancelLeavesNothingBehind()
     {
         Box box;
