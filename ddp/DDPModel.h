@@ -47,6 +47,14 @@ public:
     // Filled by the loader, in this order.
     void setCdText(const CdTextRecord& record);
     void setEntries(std::vector<PqEntry> entries) { m_entries = std::move(entries); }
+    // The entries as the descriptor holds them: entries() has each ISRC
+    // moved the way the table shows it; reports and cue sheets print these.
+    // Empty for a model made without the loader: entries() then stands in.
+    void setPqEntries(std::vector<PqEntry> entries) { m_pqEntries = std::move(entries); }
+    const std::vector<PqEntry>& pqEntries() const
+    {
+        return m_pqEntries.empty() ? m_entries : m_pqEntries;
+    }
     void appendIndex(std::uint32_t index) { m_indexList.push_back(index); }
     void setImageFileName(std::string name) { m_imageFileName = std::move(name); }
     const std::string& imageFileName() const { return m_imageFileName; }
@@ -54,6 +62,9 @@ public:
     // info box when neither CD-Text nor the PQ entries carry one.
     void setDdpIdUpcEan(std::string code) { m_ddpIdUpcEan = std::move(code); }
     const std::string& ddpIdUpcEan() const { return m_ddpIdUpcEan; }
+    // The identifier's level as it stands: "DDP 2.00", "DDP 1.01".
+    void setDdpLevel(std::string level) { m_ddpLevel = std::move(level); }
+    const std::string& ddpLevel() const { return m_ddpLevel; }
 
     // The audio image as found on load: its size, and how many bytes the PQ
     // entries need (up to the lead-out). An image shorter than that would
@@ -82,6 +93,7 @@ private:
     // then the CD-Text, the entries and the index list.
     std::vector<std::uint32_t> m_indexList;
     std::vector<PqEntry> m_entries;
+    std::vector<PqEntry> m_pqEntries;
     CdTextRecord m_cdText;
     bool m_doubleByte = false;
     std::int32_t m_currentRow = -1;
@@ -90,6 +102,7 @@ private:
     std::function<void(bool)> m_listener;
     std::string m_imageFileName;
     std::string m_ddpIdUpcEan;
+    std::string m_ddpLevel;
     std::uint64_t m_imageSize = 0;
     std::uint64_t m_imageNeeded = 0;
     ImageLayout m_imageLayout;

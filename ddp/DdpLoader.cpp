@@ -53,9 +53,11 @@ struct LoadedDisc
 {
     std::optional<CdTextRecord> cdText;
     std::vector<PqEntry> entries;
+    std::vector<PqEntry> pqEntries; // before the table's ISRC moves
     TrackTableRows rows;
     std::string imageName;
     std::string ddpIdUpcEan;
+    std::string ddpLevel;
     ImageLayout layout;
     std::string imageMessage;
     // The table and the model are filled even without an image, so that the
@@ -83,6 +85,7 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
 
     try {
         disc.entries = reader.pqEntries();
+        disc.pqEntries = disc.entries;
         correctIsrcs(disc.entries);
         disc.rows = buildTrackTableRows(disc.entries, disc.cdText ? &*disc.cdText : nullptr);
     } catch (const std::exception& e) {
@@ -90,6 +93,7 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
     }
 
     disc.ddpIdUpcEan = std::string(reader.idRecord().upcEan());
+    disc.ddpLevel = std::string(reader.idRecord().levelText());
     LayoutResult layout = buildImageLayout(reader.mapPackets(), source);
     if (layout.status == LayoutResult::Invalid)
         return loadResult(ErrorKind::DdpmsInvalid, layout.message);
@@ -126,10 +130,12 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
         if (disc.cdText)
             model.setCdText(*disc.cdText);
         model.setEntries(std::move(disc.entries));
+        model.setPqEntries(std::move(disc.pqEntries));
         for (std::uint32_t index : disc.rows.indexList)
             model.appendIndex(index);
         model.setImageFileName(std::move(disc.imageName));
         model.setDdpIdUpcEan(std::move(disc.ddpIdUpcEan));
+        model.setDdpLevel(std::move(disc.ddpLevel));
         model.setImageExtent(disc.layout.length(), pqAudioBytes(model.entries()));
         model.setImageLayout(std::move(disc.layout));
         fillTable(table, disc.rows);

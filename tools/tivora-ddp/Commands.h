@@ -7,4 +7,6 @@
 int runInfo(const QStringList& args);
 int runPlay(const QStringList& args);
 int runExport(const QStringList& args);
+int runVerify(const QStringList& args);
 int runAnalyze(const QStringList& args);
+int runCue(const QStringList& args);

@@ -20,8 +20,10 @@
 static int usage()
 {
     std::fputs("usage: tivora-ddp info [--json] PATH\n"
+               "       tivora-ddp verify [--json] PATH\n"
                "       tivora-ddp play PATH [--track N] [--seconds S] [--device NAME]\n"
-               "       tivora-ddp export PATH OUTDIR [--track N]\n"
+               "       tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n"
+               "       tivora-ddp cue PATH OUT.cue [--bin | --wav]\n"
                "       tivora-ddp analyze [--json] PATH\n",
                stderr);
     return 2;
@@ -72,6 +74,10 @@ int main(int argc, char** argv)
         return handOverToPlay(args);
     if (command == QLatin1String("export"))
         return runExport(args);
+    if (command == QLatin1String("verify"))
+        return runVerify(args);
+    if (command == QLatin1String("cue"))
+        return runCue(args);
     if (command == QLatin1String("analyze"))
         return runAnalyze(args);
     return usage();

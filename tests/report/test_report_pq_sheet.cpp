@@ -1,0 +1,255 @@
+// The PQ sheet: its frame times are the PQ descriptor's, entry by entry, and
+// each of its forms carries them, read back by the tools a plant or a
+// script would use.
+#include "ddp/DDPModel.h"
+#include "ddp/DdpLoader.h"
+#include "report/PqSheet.h"
+#include "report/PqSheetRender.h"
+#include "tools/mkddp/Mkddp.h"
+#include "verify/Verification.h"
+
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardItemModel>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+
+namespace {
+
+QString frameText(int frame)
+{
+    return QStringLiteral("%1:%2:%3")
+        .arg(frame / (60 * 75), 2, 10, QLatin1Char('0'))
+        .arg(frame / 75 % 60, 2, 10, QLatin1Char('0'))
+        .arg(frame % 75, 2, 10, QLatin1Char('0'));
+}
+
+// Runs a poppler tool; its standard output, or nothing when it failed.
+QByteArray runTool(const QString& tool, const QStringList& args)
+{
+    QProcess process;
+    process.start(tool, args);
+    if (!process.waitForFinished(60000) || process.exitCode() != 0)
+        return {};
+    return process.readAllStandardOutput();
+}
+
+} // namespace
+
+class ReportPqSheetTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    mkddp::DiscSpec m_spec;
+    DDPModel m_model;
+
+    // 99 tracks with odd lengths, pauses of every size, extra indexes, CD-Text
+    // with long titles and text that means something in HTML.
+    static mkddp::DiscSpec bigDisc()
+    {
+        mkddp::DiscSpec spec = mkddp::simpleDisc(99, 4);
+        spec.cdText = true;
+        spec.album.title = QStringLiteral("Harbour <Sessions> & \"Friends\"");
+        spec.album.performer = QStringLiteral("Mara Lindqvist");
+        spec.upcEan = "4006381333931";
+        for (int i = 0; i < spec.tracks.size(); ++i) {
+            mkddp::TrackSpec& track = spec.tracks[i];
+            track.frames = mkddp::cdFrames(4) + i * 7 % 75 + i;
+            track.pauseFrames = i == 0 ? mkddp::cdFrames(2) : (i % 3 == 0 ? 37 + i : 0);
+            if (i % 10 == 5)
+                track.indexOffsets = {41, 150};
+            track.text.title = i % 17 == 3 ? QStringLiteral("A Very Long Title That Runs On "
+                                                            "And On Past Any Column Width %1")
+                                                 .arg(i + 1)
+                                           : QStringLiteral("Song %1").arg(i + 1);
+            track.text.performer = QStringLiteral("Mara Lindqvist");
+            track.text.composer = QStringLiteral("J. Öberg");
+        }
+        return spec;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_spec = bigDisc();
+        const QString disc = m_dir.filePath(QStringLiteral("disc"));
+        QVERIFY(mkddp::writeDisc(m_spec, disc));
+        QStandardItemModel table;
+        QCOMPARE(loadDdp(disc, &table, m_model).kind, ErrorKind::NoError);
+    }
+
+    // The held-out expectation: every row's start and every track's pause
+    // are the generator's own frame positions, entry by entry.
+    void framesAreThePqDescriptors()
+    {
+        const PqSheet sheet = makePqSheet(m_model, {});
+        const QVector<mkddp::LayoutEntry> layout = mkddp::pqLayout(m_spec);
+        // Without the lead-in entry and with one row for the two lead-outs.
+        QCOMPARE(int(sheet.rows.size()), layout.size() - 2);
+        for (int i = 0; i + 1 < int(sheet.rows.size()); ++i) {
+            const mkddp::LayoutEntry& entry = layout.at(i + 1);
+            const PqSheetRow& row = sheet.rows[std::size_t(i)];
+            QCOMPARE(row.track, entry.trackNumber);
+            QCOMPARE(row.index, entry.index);
+            QCOMPARE(row.start, frameText(entry.frame));
+            QCOMPARE(row.duration, frameText(layout.at(i + 2).frame - entry.frame));
+        }
+        QVERIFY(sheet.rows.back().leadOut);
+        QCOMPARE(sheet.rows.back().start, frameText(layout.back().frame));
+        QCOMPARE(sheet.totalTime, frameText(layout.back().frame));
+        QCOMPARE(sheet.trackCount, 99);
+
+        for (const PqSheetRow& row : sheet.rows) {
+            if (row.leadOut || row.index != 1)
+                continue;
+            const mkddp::TrackSpec& track = m_spec.tracks.at(row.track - 1);
+            QCOMPARE(row.pauseBefore, frameText(track.pauseFrames));
+            QCOMPARE(row.isrc, QString::fromLatin1(track.isrc));
+            QCOMPARE(row.cdText.value(0), track.text.title);
+        }
+        QCOMPARE(sheet.upcEan, QStringLiteral("4006381333931"));
+        QCOMPARE(sheet.ddpLevel, QStringLiteral("DDP 2.00"));
+    }
+
+    // What the engineer hands the plant: every ISRC and every start in the
+    // PDF's text, fonts embedded, the table running over pages with its
+    // header on each; the first and last pages are kept as pictures.
+    void pdfCarriesEveryIsrcAndStart()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
+            QSKIP("poppler-utils is not installed");
+        const PqSheet sheet = makePqSheet(m_model, {});
+        const QString pdf = m_dir.filePath(QStringLiteral("sheet.pdf"));
+        QString error;
+        QVERIFY2(writePqSheetPdf(sheet, pdf, QPageSize(QPageSize::A4), &error),
+                 qPrintable(error));
+        const QString text = QString::fromUtf8(runTool(QStringLiteral("pdftotext"), {pdf, "-"}));
+        QVERIFY(!text.isEmpty());
+        for (const PqSheetRow& row : sheet.rows) {
+            QVERIFY2(text.contains(row.start), qPrintable(row.start));
+            if (!row.isrc.isEmpty())
+                QVERIFY2(text.contains(row.isrc), qPrintable(row.isrc));
+        }
+        QVERIFY(text.contains(QStringLiteral("Harbour <Sessions> & \"Friends\"")));
+
+        const QString info = QString::fromUtf8(runTool(QStringLiteral("pdfinfo"), {pdf}));
+        const int pages = QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)"))
+                              .match(info)
+                              .captured(1)
+                              .toInt();
+        QVERIFY2(pages >= 3, qPrintable(info));
+        const QString last = QString::fromUtf8(runTool(
+            QStringLiteral("pdftotext"),
+            {QStringLiteral("-f"), QString::number(pages - 1), QStringLiteral("-l"),
+             QString::number(pages - 1), pdf, QStringLiteral("-")}));
+        QVERIFY2(last.contains(QStringLiteral("ISRC")), "the table's header is not repeated");
+
+        const QString fonts = QString::fromUtf8(runTool(QStringLiteral("pdffonts"), {pdf}));
+        const QStringList lines = fonts.split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(2);
+        QVERIFY(!lines.isEmpty());
+        for (const QString& line : lines)
+            QVERIFY2(line.contains(QStringLiteral(" yes ")), qPrintable(line)); // emb column
+
+        const QString shots =
+            qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
+        QDir().mkpath(shots);
+        for (int page : {1, pages})
+            runTool(QStringLiteral("pdftoppm"),
+                    {QStringLiteral("-png"), QStringLiteral("-r"), QStringLiteral("60"),
+                     QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
+                     QString::number(page), QStringLiteral("-singlefile"), pdf,
+                     shots + QStringLiteral("/pq-sheet-page-%1").arg(page == 1 ? "first" : "last")});
+    }
+
+    // Text for e-mail: every column starts at the same place on every line;
+    // HTML: the disc's text escaped, nothing fetched from elsewhere; JSON:
+    // every row with its frames, silence as null rather than -inf.
+    void textHtmlAndJsonCarryTheSameRows()
+    {
+        DiscLoudness loudness;
+        for (int i = 0; i < 99; ++i) {
+            LoudnessResult track;
+            track.integrated = i == 4 ? LoudnessResult::kMinusInfinity : -9.0 - i * 0.1;
+            track.truePeak = i == 7 ? -0.3 : -1.5;
+            loudness.tracks.push_back(track);
+        }
+        loudness.disc.integrated = -10.2;
+        loudness.disc.range = 5.1;
+        loudness.disc.truePeak = -0.3;
+        PqSheetInputs inputs;
+        inputs.loudness = &loudness;
+        inputs.files = {{QStringLiteral("IMAGE.DAT"), 123, QStringLiteral("0123456789abcdef")}};
+        inputs.date = QDate(2026, 11, 23);
+        const PqSheet sheet = makePqSheet(m_model, inputs);
+
+        const QStringList lines = QString::fromUtf8(pqSheetText(sheet)).split(QLatin1Char('\n'));
+        const int header = lines.indexOf(QRegularExpression(QStringLiteral("^Track +Index +Start.*")));
+        QVERIFY(header > 0);
+        const int isrcColumn = lines.at(header).indexOf(QStringLiteral("ISRC"));
+        const int peakColumn = lines.at(header).indexOf(QStringLiteral("True Peak"));
+        QVERIFY(peakColumn > isrcColumn);
+        for (int i = header + 1; i < header + 1 + int(sheet.rows.size()) - 1; ++i) {
+            const QString& line = lines.at(i);
+            if (line.mid(isrcColumn, 12).trimmed().isEmpty())
+                continue; // a pause row
+            QVERIFY2(line.mid(isrcColumn, 12).startsWith(QStringLiteral("DEA7")), qPrintable(line));
+            QVERIFY2(line.mid(peakColumn).contains(QStringLiteral("dBTP")), qPrintable(line));
+        }
+        QVERIFY(lines.contains(QStringLiteral("Date:       2026-11-23")));
+
+        const QString html = QString::fromUtf8(pqSheetHtml(sheet));
+        QVERIFY(html.contains(QStringLiteral("Harbour &lt;Sessions&gt; &amp; &quot;Friends&quot;")));
+        QVERIFY(!html.contains(QStringLiteral("<Sessions>")));
+        QVERIFY(!html.contains(QStringLiteral("src=")) && !html.contains(QStringLiteral("http")));
+        QCOMPARE(html.count(QStringLiteral("class=\"over\"")), 1); // track 8's -0.3 dBTP
+
+        QJsonParseError parseError;
+        const QJsonDocument json = QJsonDocument::fromJson(pqSheetJson(sheet), &parseError);
+        QCOMPARE(parseError.error, QJsonParseError::NoError);
+        const QJsonArray rows = json.object().value(QStringLiteral("rows")).toArray();
+        QCOMPARE(rows.size(), int(sheet.rows.size()));
+        const QVector<mkddp::LayoutEntry> layout = mkddp::pqLayout(m_spec);
+        for (int i = 0; i < rows.size(); ++i)
+            QCOMPARE(rows.at(i)[QStringLiteral("startFrames")].toInt(), layout.at(i + 1).frame);
+        int silent = 0;
+        for (const QJsonValue& row : rows)
+            if (row[QStringLiteral("loudness")].toString() == QLatin1String("-inf LUFS") ||
+                row[QStringLiteral("loudness")].toString() == QLatin1String("-inf"))
+                silent += row[QStringLiteral("loudnessLufs")].isNull() ? 1 : 100;
+        QCOMPARE(silent, 1);
+        QCOMPARE(json.object()
+                     .value(QStringLiteral("files"))
+                     .toArray()
+                     .at(0)[QStringLiteral("md5")]
+                     .toString(),
+                 QStringLiteral("0123456789abcdef"));
+    }
+
+    void formatsFollowTheExtension()
+    {
+        PqSheetFormat format = PqSheetFormat::Json;
+        QVERIFY(pqSheetFormatForPath(QStringLiteral("a/SHEET.PDF"), &format));
+        QCOMPARE(format, PqSheetFormat::Pdf);
+        QVERIFY(pqSheetFormatForPath(QStringLiteral("-"), &format));
+        QCOMPARE(format, PqSheetFormat::Text);
+        QVERIFY(pqSheetFormatForPath(QStringLiteral("x.htm"), &format));
+        QCOMPARE(format, PqSheetFormat::Html);
+        QVERIFY(!pqSheetFormatForPath(QStringLiteral("x.doc"), &format));
+        // A folder that does not exist fails with the system's reason, and
+        // leaves nothing behind.
+        QString error;
+        QVERIFY(!writePqSheet(makePqSheet(m_model, {}), PqSheetFormat::Text,
+                              m_dir.filePath(QStringLiteral("none/sheet.txt")), &error));
+        QVERIFY(!error.isEmpty());
+    }
+};
+
+QTEST_MAIN(ReportPqSheetTest)
+#include "test_report_pq_sheet.moc"
