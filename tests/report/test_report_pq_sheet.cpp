@@ -128,8 +128,7 @@ private slots:
         const PqSheet sheet = makePqSheet(m_model, {});
         const QString pdf = m_dir.filePath(QStringLiteral("sheet.pdf"));
         QString error;
-        QVERIFY2(writePqSheetPdf(sheet, pdf, QPageSize(QPageSize::A4), &error),
-                 qPrintable(error));
+        QVERIFY2(writePqSheetPdf(sheet, pdf, QPageSize(QPageSize::A4), &error), qPrintable(error));
         const QString text = QString::fromUtf8(runTool(QStringLiteral("pdftotext"), {pdf, "-"}));
         QVERIFY(!text.isEmpty());
         for (const PqSheetRow& row : sheet.rows) {
@@ -140,15 +139,13 @@ private slots:
         QVERIFY(text.contains(QStringLiteral("Harbour <Sessions> & \"Friends\"")));
 
         const QString info = QString::fromUtf8(runTool(QStringLiteral("pdfinfo"), {pdf}));
-        const int pages = QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)"))
-                              .match(info)
-                              .captured(1)
-                              .toInt();
+        const int pages =
+            QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)")).match(info).captured(1).toInt();
         QVERIFY2(pages >= 3, qPrintable(info));
-        const QString last = QString::fromUtf8(runTool(
-            QStringLiteral("pdftotext"),
-            {QStringLiteral("-f"), QString::number(pages - 1), QStringLiteral("-l"),
-             QString::number(pages - 1), pdf, QStringLiteral("-")}));
+        const QString last = QString::fromUtf8(
+            runTool(QStringLiteral("pdftotext"),
+                    {QStringLiteral("-f"), QString::number(pages - 1), QStringLiteral("-l"),
+                     QString::number(pages - 1), pdf, QStringLiteral("-")}));
         QVERIFY2(last.contains(QStringLiteral("ISRC")), "the table's header is not repeated");
 
         const QString fonts = QString::fromUtf8(runTool(QStringLiteral("pdffonts"), {pdf}));
@@ -161,11 +158,12 @@ private slots:
             qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
         QDir().mkpath(shots);
         for (int page : {1, pages})
-            runTool(QStringLiteral("pdftoppm"),
-                    {QStringLiteral("-png"), QStringLiteral("-r"), QStringLiteral("60"),
-                     QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
-                     QString::number(page), QStringLiteral("-singlefile"), pdf,
-                     shots + QStringLiteral("/pq-sheet-page-%1").arg(page == 1 ? "first" : "last")});
+            runTool(
+                QStringLiteral("pdftoppm"),
+                {QStringLiteral("-png"), QStringLiteral("-r"), QStringLiteral("60"),
+                 QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
+                 QString::number(page), QStringLiteral("-singlefile"), pdf,
+                 shots + QStringLiteral("/pq-sheet-page-%1").arg(page == 1 ? "first" : "last")});
     }
 
     // Text for e-mail: every column starts at the same place on every line;
@@ -190,7 +188,8 @@ private slots:
         const PqSheet sheet = makePqSheet(m_model, inputs);
 
         const QStringList lines = QString::fromUtf8(pqSheetText(sheet)).split(QLatin1Char('\n'));
-        const int header = lines.indexOf(QRegularExpression(QStringLiteral("^Track +Index +Start.*")));
+        const int header =
+            lines.indexOf(QRegularExpression(QStringLiteral("^Track +Index +Start.*")));
         QVERIFY(header > 0);
         const int isrcColumn = lines.at(header).indexOf(QStringLiteral("ISRC"));
         const int peakColumn = lines.at(header).indexOf(QStringLiteral("True Peak"));
@@ -205,7 +204,8 @@ private slots:
         QVERIFY(lines.contains(QStringLiteral("Date:       2026-11-23")));
 
         const QString html = QString::fromUtf8(pqSheetHtml(sheet));
-        QVERIFY(html.contains(QStringLiteral("Harbour &lt;Sessions&gt; &amp; &quot;Friends&quot;")));
+        QVERIFY(
+            html.contains(QStringLiteral("Harbour &lt;Sessions&gt; &amp; &quot;Friends&quot;")));
         QVERIFY(!html.contains(QStringLiteral("<Sessions>")));
         QVERIFY(!html.contains(QStringLiteral("src=")) && !html.contains(QStringLiteral("http")));
         QCOMPARE(html.count(QStringLiteral("class=\"over\"")), 1); // track 8's -0.3 dBTP
@@ -230,6 +230,60 @@ private slots:
                      .at(0)[QStringLiteral("md5")]
                      .toString(),
                  QStringLiteral("0123456789abcdef"));
+    }
+
+    // The command line, from a folder and from a stored ZIP: the sheet's
+    // digests are md5sum's, its verdict the checksum file's, and a sheet it
+    // cannot name a format for is refused before anything is read.
+    void commandLineWritesTheSheet()
+    {
+        const QString tivoraDdp = qEnvironmentVariable("TIVORA_BINARY_DIR") +
+                                  QStringLiteral("/tools/tivora-ddp/tivora-ddp");
+        if (!QFileInfo(tivoraDdp).isExecutable())
+            QSKIP("tivora-ddp is not built");
+        mkddp::DiscSpec spec = mkddp::simpleDisc(3, 6);
+        spec.checksums = mkddp::ChecksumStyle::Md5;
+        const QString disc = m_dir.filePath(QStringLiteral("small"));
+        QVERIFY(mkddp::writeDisc(spec, disc));
+        const QString zip = m_dir.filePath(QStringLiteral("small.zip"));
+        QProcess zipper;
+        zipper.setWorkingDirectory(disc);
+        zipper.start(QStringLiteral("zip"), {QStringLiteral("-q0r"), zip, QStringLiteral(".")});
+        QVERIFY(zipper.waitForFinished(60000) && zipper.exitCode() == 0);
+
+        const QByteArray sums =
+            runTool(QStringLiteral("md5sum"),
+                    {disc + QStringLiteral("/IMAGE.DAT"), disc + QStringLiteral("/PQDESCR")});
+        for (const QString& path : {disc, zip}) {
+            const QString out = m_dir.filePath(QStringLiteral("sheet.json"));
+            QProcess run;
+            run.start(tivoraDdp, {QStringLiteral("pqsheet"), path, out});
+            QVERIFY(run.waitForFinished(60000));
+            QCOMPARE(run.exitCode(), 0);
+            QFile file(out);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            const QJsonObject sheet = QJsonDocument::fromJson(file.readAll()).object();
+            QVERIFY(sheet[QStringLiteral("checksums")].toString().startsWith(
+                QStringLiteral("Checksums OK")));
+            int digests = 0;
+            for (const QJsonValue& entry : sheet[QStringLiteral("files")].toArray()) {
+                const QByteArray md5 = entry[QStringLiteral("md5")].toString().toLatin1();
+                QVERIFY(!md5.isEmpty());
+                if (sums.contains(md5 + "  "))
+                    ++digests;
+            }
+            QCOMPARE(digests, 2);
+            QVERIFY(sheet[QStringLiteral("rows")]
+                        .toArray()
+                        .at(1)[QStringLiteral("loudness")]
+                        .toString()
+                        .endsWith(QStringLiteral("LUFS")));
+        }
+        QProcess refused;
+        refused.start(tivoraDdp,
+                      {QStringLiteral("pqsheet"), disc, m_dir.filePath(QStringLiteral("x.doc"))});
+        QVERIFY(refused.waitForFinished(10000));
+        QCOMPARE(refused.exitCode(), 1);
     }
 
     void formatsFollowTheExtension()

@@ -10,3 +10,4 @@ int runExport(const QStringList& args);
 int runVerify(const QStringList& args);
 int runAnalyze(const QStringList& args);
 int runCue(const QStringList& args);
+int runPqSheet(const QStringList& args);

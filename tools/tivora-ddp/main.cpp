@@ -7,10 +7,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QProcess>
 #include <QStringList>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <vector>
 
 #ifdef Q_OS_UNIX
@@ -24,7 +27,8 @@ static int usage()
                "       tivora-ddp play PATH [--track N] [--seconds S] [--device NAME]\n"
                "       tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n"
                "       tivora-ddp cue PATH OUT.cue [--bin | --wav]\n"
-               "       tivora-ddp analyze [--json] PATH\n",
+               "       tivora-ddp analyze [--json] PATH\n"
+               "       tivora-ddp pqsheet PATH OUT\n",
                stderr);
     return 2;
 }
@@ -59,7 +63,16 @@ static int handOverToPlay(const QStringList& args)
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // The PQ sheet's PDF lays text out in fonts, which takes Qt's GUI side;
+    // it draws on no display. Every other command stays without it.
+    std::unique_ptr<QCoreApplication> app;
+    if (argc > 1 && std::strcmp(argv[1], "pqsheet") == 0) {
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
     // Before the arguments are read: folder names that are not UTF-8 open
     // too, and reach tivora-ddp-play byte for byte.
     FileNameCodec::install();
@@ -80,5 +93,7 @@ int main(int argc, char** argv)
         return runCue(args);
     if (command == QLatin1String("analyze"))
         return runAnalyze(args);
+    if (command == QLatin1String("pqsheet"))
+        return runPqSheet(args);
     return usage();
 }

@@ -1,0 +1,79 @@
+#include "report/DdpFileDigests.h"
+
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileSource.h"
+#include "ddp/DdpLoader.h"
+#include "ddp/DiscImage.h"
+#include "verify/Verification.h"
+
+#include <QString>
+
+namespace {
+
+// What the verification computed for a file, matched as the DDP matches
+// names: ignoring ASCII case.
+QString knownMd5(const VerificationReport* verification, const std::string& name)
+{
+    if (!verification)
+        return {};
+    const QString wanted = QString::fromStdString(name);
+    for (const ChecksumVerdict& verdict : verification->verdicts)
+        if (verdict.algorithm == ChecksumAlgorithm::Md5 && !verdict.computed.empty() &&
+            QString::fromStdString(verdict.name).compare(wanted, Qt::CaseInsensitive) == 0)
+            return QString::fromStdString(verdict.computed).toLower();
+    return {};
+}
+
+} // namespace
+
+std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPModel& model,
+                                        const DdpFileNames& names,
+                                        const std::shared_ptr<const DiscImage>& image,
+                                        const VerificationReport* verification,
+                                        const std::atomic<bool>* cancel,
+                                        const DigestProgress& progress)
+{
+    std::vector<PqSheetFile> files;
+    std::vector<DigestJob> jobs;
+    std::vector<std::size_t> fileOfJob;
+    auto add = [&](const std::string& name, std::shared_ptr<const DiscImage> from,
+                   std::uint64_t offset, std::uint64_t length) {
+        PqSheetFile file{QString::fromStdString(name), length, knownMd5(verification, name)};
+        if (file.md5.isEmpty() && from) {
+            DigestJob job;
+            job.name = name;
+            job.image = std::move(from);
+            job.offset = offset;
+            job.length = length;
+            job.md5 = true;
+            jobs.push_back(job);
+            fileOfJob.push_back(files.size());
+        }
+        files.push_back(file);
+    };
+    auto addFile = [&](const std::string& name) {
+        if (name.empty())
+            return;
+        const std::optional<std::uint64_t> size = source.fileSize(name);
+        if (!size)
+            return;
+        std::shared_ptr<const DiscImage> whole = source.openWholeFile(name);
+        add(name, whole, 0, whole ? whole->length() : *size);
+    };
+    addFile("DDPID");
+    addFile("DDPMS");
+    addFile(names.pq);
+    addFile(names.cdText);
+    for (const ImageStream& stream : model.imageLayout().streams) {
+        if (image && stream.discOffset + stream.length <= image->length())
+            add(stream.name, image, stream.discOffset, stream.length);
+        else
+            addFile(stream.name);
+    }
+
+    const std::vector<DigestResult> results = runDigests(jobs, cancel, progress);
+    for (std::size_t i = 0; i < results.size() && i < fileOfJob.size(); ++i)
+        if (results[i].status == DigestResult::Done)
+            files[fileOfJob[i]].md5 = QString::fromStdString(results[i].md5);
+    return files;
+}
