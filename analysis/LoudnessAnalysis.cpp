@@ -3,12 +3,14 @@
 #include "analysis/RangeMeter.h"
 #include "ddp/DiscImage.h"
 
-#include <QRunnable>
 #include <QThread>
-#include <QThreadPool>
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <numeric>
+#include <thread>
 
 #ifdef Q_OS_LINUX
 #include <sys/resource.h>
@@ -19,8 +21,8 @@
 namespace {
 
 // A worker of the window's analysis yields to playback and to the window.
-// On Linux a thread has its own nice value; the pool is private to one
-// analysis, so its threads end with it and no niced thread is reused.
+// On Linux a thread has its own nice value; the workers belong to one
+// analysis and end with it, so no niced thread is reused.
 void lowerPriority()
 {
 #ifdef Q_OS_LINUX
@@ -89,28 +91,45 @@ DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisP
     // Written by the workers, read here for the progress.
     std::atomic<qint64> done{0};
     std::atomic<bool> stopped{false};
+    std::atomic<std::size_t> next{0};
+    std::mutex mutex;
+    std::condition_variable allDone;
+    std::size_t running = 0; // guarded by mutex
+
+    const int cores = options.threads > 0 ? options.threads : QThread::idealThreadCount();
+    const std::size_t count = std::size_t(std::max(1, std::min<int>(cores, int(parts.size()))));
+    // Plain threads, joined at the end: ThreadSanitizer follows a join, but
+    // not the futexes inside a Qt pool, so a race there would go unseen.
+    std::vector<std::thread> workers;
+    running = count;
+    for (std::size_t w = 0; w < count; ++w) {
+        workers.emplace_back([&] {
+            if (options.background)
+                lowerPriority();
+            // Each worker takes the longest part left.
+            for (std::size_t k = next++; k < order.size() && !stopped.load(); k = next++) {
+                const std::size_t i = order[k];
+                if (!meters[i]->measure(image, parts[i].start, parts[i].end, cancel, &done))
+                    stopped.store(true);
+            }
+            const std::lock_guard<std::mutex> lock(mutex);
+            if (--running == 0)
+                allDone.notify_all();
+        });
+    }
     {
-        QThreadPool pool;
-        const int cores = options.threads > 0 ? options.threads : QThread::idealThreadCount();
-        pool.setMaxThreadCount(std::max(1, std::min<int>(cores, int(parts.size()))));
-        pool.setExpiryTimeout(-1);
-        const bool background = options.background;
-        for (std::size_t i : order) {
-            RangeMeter* meter = meters[i].get();
-            const AnalysisPart part = parts[i];
-            pool.start(
-                QRunnable::create([&image, &cancel, &done, &stopped, meter, part, background] {
-                    if (background)
-                        lowerPriority();
-                    if (!meter->measure(image, part.start, part.end, cancel, &done))
-                        stopped.store(true);
-                }));
-        }
-        while (!pool.waitForDone(100)) {
-            if (options.progress)
+        std::unique_lock<std::mutex> lock(mutex);
+        while (!allDone.wait_for(lock, std::chrono::milliseconds(100),
+                                 [&running] { return running == 0; })) {
+            if (options.progress) {
+                lock.unlock();
                 options.progress(done.load(), total);
+                lock.lock();
+            }
         }
     }
+    for (std::thread& worker : workers)
+        worker.join();
     if (options.progress && !stopped.load())
         options.progress(done.load(), total);
     if (cancelled)

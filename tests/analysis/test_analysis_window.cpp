@@ -212,7 +212,7 @@ private slots:
         loudness.start(window.model, DiscImage::openFile(m_signals + QStringLiteral("/IMAGE.DAT")));
         loudness.cancel();
         QCOMPARE(window.infoBox->loudnessLabel()->text(), QStringLiteral("-"));
-        loudness.analyzer()->waitForThreads();
+        QVERIFY(!loudness.analyzer()->isRunning());
         QTest::qWait(100);
         QCOMPARE(shown.count(), 0);
         QVERIFY(window.cell(0, 13).isEmpty());
