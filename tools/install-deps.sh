@@ -18,4 +18,5 @@ $SUDO apt-get install -y --no-install-recommends \
   python3 time \
   libzip-dev zip unzip \
   libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg \
-  libebur128-dev ffmpeg
+  libebur128-dev \
+  poppler-utils
