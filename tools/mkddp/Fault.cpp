@@ -39,7 +39,7 @@ constexpr FaultInfo kFaults[] = {
     {Fault::ImageEmpty, "image-empty", 12},
     {Fault::ImageCutShort, "image-cut-short", 12},
     {Fault::DuplicateTrackNumbers, "duplicate-track-numbers", 12},
-    {Fault::TrackNumberGap, "track-number-gap", 12},
+    {Fault::TrackNumberGap, "track-number-gap", 10},
     {Fault::IndexGap, "index-gap", 12},
     {Fault::NoIndex01, "no-index-01", 12},
     {Fault::TimeNotRising, "time-not-rising", 12},

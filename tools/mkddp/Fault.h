@@ -39,7 +39,9 @@ enum class Fault
     ImageEmpty,            // the image file is 0 bytes
     ImageCutShort,         // the image lacks its last second (176 400 bytes)
     DuplicateTrackNumbers, // every track's PQ entries carry the first track's number
-    // Breaking the rules a plant checks; all of these load (12).
+    // Breaking the rules a plant checks; these load (12), but for
+    // TrackNumberGap on a disc with CD-Text: its last track number has no
+    // CD-Text record, and the rows cannot be built (10).
     TrackNumberGap,    // tracks after the first are numbered one higher (1, 3, 4, ...)
     IndexGap,          // a track's index 02 is written as index 03 (with --index2)
     NoIndex01,         // track 2's index 01 entry is written as index 02
