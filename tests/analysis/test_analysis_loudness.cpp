@@ -22,7 +22,7 @@ namespace {
 constexpr qint64 kBytesPerCdFrame = 2352;
 
 // The parts of a generated disc: its tracks from index 01 to the next
-// track's start, as the spec lays them out, and the pauses between.
+// track's start, as the generator lays them out, and the pauses between.
 std::vector<AnalysisPart> partsOf(const mkddp::DiscSpec& spec)
 {
     std::vector<TrackSpan> tracks;
@@ -95,7 +95,10 @@ private slots:
 
         QVERIFY2(std::abs(between.samplePeak + 3.01) <= 0.1,
                  qPrintable(dbfsText(between.samplePeak)));
-        QVERIFY2(std::abs(between.truePeak - 0.0) <= 0.11,
+        // An interpolating filter of finite length ripples: true-peak meters
+        // are allowed +0.2 / -0.4 dB, and libebur128 reads this one 0.10 dB
+        // high.
+        QVERIFY2(between.truePeak <= 0.2 && between.truePeak >= -0.4,
                  qPrintable(QString::number(between.truePeak)));
         QVERIFY(between.truePeak - between.samplePeak > 2.9);
         QVERIFY(truePeakNeedsLook(between.truePeak));
