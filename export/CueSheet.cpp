@@ -80,8 +80,9 @@ QByteArray cueSheet(const DDPModel& model, const QString& audioFileName, CueAudi
                                                      : QStringLiteral("BINARY")));
 
     // Entries are grouped by track in the order of the descriptor; an index
-    // 00 entry is the pause before its own track, as in a cue sheet.
-    const std::vector<PqEntry>& entries = model.entries();
+    // 00 entry is the pause before its own track, as in a cue sheet. The
+    // entries as the descriptor holds them: the table's moves each ISRC.
+    const std::vector<PqEntry>& entries = model.pqEntries();
     int lastTrack = 0;
     int cueTrack = 0;
     for (std::size_t i = 0; i < entries.size(); ++i) {

@@ -62,9 +62,10 @@ TrackTags trackTags(const DDPModel& model, std::size_t entryIndex, int trackTota
     tags.composer = cdText(model, number, CdTextRecord::Composer);
     tags.album = cdText(model, 0, CdTextRecord::Title);
     tags.albumArtist = cdText(model, 0, CdTextRecord::Performer);
-    // The model's entries carry the ISRC on the index-1 entry, moved there
-    // from the pause on load; CD-Text may hold it too.
-    tags.isrc = QString::fromStdString(validIsrc(entry));
+    // The ISRC as the descriptor gives it to the track's start (the table's
+    // entries have it moved for display); CD-Text may hold it too.
+    const std::vector<PqEntry>& pq = model.pqEntries();
+    tags.isrc = QString::fromStdString(validIsrc(entryIndex < pq.size() ? pq[entryIndex] : entry));
     if (tags.isrc.isEmpty())
         tags.isrc = usedCode(cdText(model, number, CdTextRecord::Code));
     tags.barcode = discUpcEan(model);

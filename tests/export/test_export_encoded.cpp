@@ -128,6 +128,12 @@ private slots:
                          QStringLiteral("COMPOSER=Jürgen Okafor"), QStringLiteral("TRACKNUMBER=3"),
                          QStringLiteral("TRACKTOTAL=7"), QStringLiteral("ISRC=DEA7F2600003"),
                          QStringLiteral("BARCODE=4006381333931")}));
+        // The track after the index 02 keeps its own ISRC.
+        const ToolRun next =
+            runProgram(QStringLiteral("metaflac"),
+                       {QStringLiteral("--show-tag=ISRC"),
+                        QDir(out).filePath(QStringLiteral("4 - Night Train.flac"))});
+        QCOMPARE(next.out.trimmed(), QByteArray("ISRC=DEA7F2600004"));
     }
 
     // One track as MP3: as long as the track to within one MP3 frame (1152
