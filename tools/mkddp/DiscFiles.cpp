@@ -134,6 +134,8 @@ DiscFiles buildFiles(const DiscSpec& spec, bool withImage)
     }
     if (spec.dataStream)
         files[fixedName(spec, kDataStreamName)] = QByteArray(int(kDataStreamBytes), '\x5A');
+    if (withImage)
+        addChecksumFile(spec, files);
     return files;
 }
 

@@ -26,8 +26,11 @@ DiscFiles buildFiles(const DiscSpec& spec, bool withImage = false);
 bool writeDisc(const DiscSpec& spec, const QString& folder, QString* error = nullptr);
 
 // Writes the checksum file that spec.checksums asks for into a written
-// disc's folder (and applies the checksum faults).
+// disc's folder (and applies the checksum faults; one of them without a
+// style asks for CHECKSUM.MD5).
 bool writeChecksumFile(const DiscSpec& spec, const QString& folder, QString* error = nullptr);
+// The same for files in memory (with their image).
+void addChecksumFile(const DiscSpec& spec, DiscFiles& files);
 // Its name for a style; empty for None.
 QString checksumFileName(ChecksumStyle style);
 
