@@ -5,6 +5,7 @@
 #include "ddp/ErrorTexts.h"
 #include "widgets/FontTable.h"
 #include "widgets/Theme.h"
+#include "widgets/VerificationLine.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -70,15 +71,19 @@ class StatusLabel : public QLabel
 {
 public:
     using QLabel::QLabel;
-    static constexpr int kMaxLines = 2;
+    // Two lines, or one while the verification line takes the other.
+    int maxLines = 2;
 
     QStringList shownLines() const
     {
         QStringList lines = text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        if (lines.size() > kMaxLines) {
-            const int more = int(lines.size()) - (kMaxLines - 1);
-            lines = lines.mid(0, kMaxLines - 1);
-            lines << QStringLiteral("%1 more notes about this disc: point here to read them all.")
+        if (lines.size() > maxLines) {
+            const int more = int(lines.size()) - (maxLines - 1);
+            lines = lines.mid(0, maxLines - 1);
+            lines << (maxLines > 1 ? QStringLiteral("%1 more notes about this disc: point here to "
+                                                    "read them all.")
+                                   : QStringLiteral("%1 notes about this disc: point here to read "
+                                                    "them all."))
                          .arg(more);
         }
         return lines;
@@ -167,6 +172,16 @@ void InfoBoxWidget::setupUi()
     m_gridLayout->setColumnStretch(2, 3);
     m_gridLayout->setColumnStretch(3, 3);
     m_mainInfoLayout->addLayout(m_gridLayout);
+    m_verificationLine = new VerificationLine(this);
+    m_gridLayout->addWidget(m_verificationLine, 3, 0, 1, -1);
+    // The notes and the verdict take two lines between them, so that the
+    // smallest window keeps its table rows.
+    connect(m_verificationLine, &VerificationLine::visibilityChanged, this, [this](bool visible) {
+        auto* status = static_cast<StatusLabel*>(m_statusLabel);
+        status->maxLines = visible ? 1 : 2;
+        status->updateGeometry();
+        status->update();
+    });
 
     retranslateUi();
     clear();

@@ -6,6 +6,7 @@ class DDPModel;
 class QGridLayout;
 class QHBoxLayout;
 class QLabel;
+class VerificationLine;
 
 // UPC/EAN, artist and album of the loaded disc. A value the disc does not
 // carry reads "-".
@@ -30,6 +31,9 @@ public:
     // text() holds every note; at most two lines are shown, each cut to the
     // width, and the tool tip holds them all.
     QLabel* statusLabel() const { return m_statusLabel; }
+    // The checksum verdict and the disc check's count, under the notes;
+    // hidden until a verification starts. setModel and clear leave it alone.
+    VerificationLine* verificationLine() const { return m_verificationLine; }
     // The disc's loudness and true peak beside the album, or the progress of
     // their measurement; "-" until then. Filled by LoudnessColumns.
     QLabel* loudnessLabel() const { return m_loudnessLabel; }
@@ -47,6 +51,7 @@ private:
     QLabel* m_artistLabel = nullptr;
     QLabel* m_albumLabel = nullptr;
     QLabel* m_statusLabel = nullptr;
+    VerificationLine* m_verificationLine = nullptr;
     QLabel* m_loudnessCaptionLabel = nullptr;
     QLabel* m_loudnessLabel = nullptr;
 };
