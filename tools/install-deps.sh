@@ -19,4 +19,5 @@ $SUDO apt-get install -y --no-install-recommends \
   libzip-dev zip unzip \
   libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg \
   libebur128-dev \
+  zlib1g-dev \
   poppler-utils
