@@ -65,7 +65,7 @@ std::uint64_t cueAudioBytes(const DDPModel& model)
 QByteArray cueSheet(const DDPModel& model, const QString& audioFileName, CueAudioFile kind)
 {
     QStringList lines;
-    const QString catalog = discUpcEan(model);
+    const QString catalog = exportedUpcEan(model);
     // A catalog number is 13 digits; anything else would make burners refuse
     // the whole sheet.
     bool digits = catalog.size() == 13;

@@ -32,7 +32,7 @@ QString usedCode(QString code)
 
 } // namespace
 
-QString discUpcEan(const DDPModel& model)
+QString exportedUpcEan(const DDPModel& model)
 {
     const QString text = usedCode(cdText(model, 0, CdTextRecord::Code));
     if (!text.isEmpty())
@@ -68,6 +68,6 @@ TrackTags trackTags(const DDPModel& model, std::size_t entryIndex, int trackTota
     tags.isrc = QString::fromStdString(validIsrc(entryIndex < pq.size() ? pq[entryIndex] : entry));
     if (tags.isrc.isEmpty())
         tags.isrc = usedCode(cdText(model, number, CdTextRecord::Code));
-    tags.barcode = discUpcEan(model);
+    tags.barcode = exportedUpcEan(model);
     return tags;
 }

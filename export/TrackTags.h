@@ -25,6 +25,7 @@ struct TrackTags
 // the number of tracks the export writes.
 TrackTags trackTags(const DDPModel& model, std::size_t entryIndex, int trackTotal);
 
-// The disc's UPC/EAN: the album's CD-Text code, else the first PQ entry that
-// carries one, else the DDPID's; empty when all are blank or zeros.
-QString discUpcEan(const DDPModel& model);
+// The disc's UPC/EAN as tags and cue sheets carry it: the album's CD-Text
+// code, else the first PQ entry that carries one, else the DDPID's; empty
+// when all are blank or zeros (a barcode of zeros is no barcode).
+QString exportedUpcEan(const DDPModel& model);
