@@ -228,6 +228,34 @@ std::optional<std::uint64_t> ArchiveDdp::fileSize(const std::string& name) const
     return std::nullopt;
 }
 
+std::vector<std::string> ArchiveDdp::fileNames() const
+{
+    std::vector<std::string> names;
+    for (const ZipArchive::Entry& entry : m_archive->entries())
+        if (entry.regular && !entry.directory && parentOf(entry.name) == m_folder)
+            names.push_back(baseOf(entry.name));
+    return names;
+}
+
+std::shared_ptr<const DiscImage> ArchiveDdp::openWholeFile(const std::string& name) const
+{
+    const ZipArchive::Entry* entry = find(name);
+    if (!entry)
+        return nullptr;
+    if (entry->stored) {
+        DiscImage::Segment segment;
+        segment.kind = DiscImage::Segment::Kind::Source;
+        segment.path = m_archive->path() + QLatin1Char('/') + entryName(entry->name);
+        segment.length = entry->size;
+        return DiscImage::open({segment}, {std::make_shared<StoredEntrySource>(m_archive, *entry)});
+    }
+    QString error;
+    std::optional<std::string> bytes = m_archive->readAll(*entry, kMaxWholeFileInMemory, &error);
+    if (!bytes)
+        return nullptr;
+    return openBytesAsImage(std::move(*bytes), entryName(entry->name));
+}
+
 void ArchiveDdp::noteDamage(const ZipArchive::Entry& entry, const QString& error) const
 {
     std::lock_guard<std::mutex> lock(m_damageMutex);

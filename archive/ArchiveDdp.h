@@ -16,6 +16,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct ImageLayout;
 class UnpackFolder;
@@ -80,6 +81,13 @@ public:
     std::optional<std::string> readFileHead(const std::string& name,
                                             std::uint64_t limit) const override;
     std::optional<std::uint64_t> fileSize(const std::string& name) const override;
+    // The regular entries of the DDP's folder in the archive.
+    std::vector<std::string> fileNames() const override;
+    // A stored entry is read in place; a compressed one is unpacked into
+    // memory when it holds at most kMaxWholeFileInMemory bytes (the audio
+    // of a compressed image is read through openImage's DiscImage instead).
+    std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const override;
+    static constexpr std::uint64_t kMaxWholeFileInMemory = 64ull << 20;
 
     // What went wrong while the loader read a file that the directory lists
     // but that does not unpack to what it claims; empty when nothing did.
