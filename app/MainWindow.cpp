@@ -10,6 +10,7 @@
 #include "archive/ImageUnpackJob.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
+#include "ddp/DdpFileSource.h"
 #include "ddp/DdpFolderCheck.h"
 #include "ddp/DdpLoader.h"
 #include "ddp/HiddenTrack.h"
@@ -28,6 +29,7 @@
 #include "widgets/FilterHeaderView.h"
 #include "widgets/FrameHelper.h"
 #include "widgets/InfoBoxWidget.h"
+#include "widgets/LoudnessColumns.h"
 #include "widgets/MeterSectionWidget.h"
 #include "widgets/Resources.h"
 #include "widgets/SeekSlider.h"
@@ -35,6 +37,7 @@
 #include "widgets/TimeWidget.h"
 #include "widgets/ToolTipWidget.h"
 #include "widgets/TransportWidget.h"
+#include "widgets/VerificationLine.h"
 #include "widgets/VolumeSliderWidget.h"
 
 #include <QCloseEvent>
@@ -94,11 +97,12 @@ MainWindow::MainWindow(QWidget* parent)
     setAcceptDrops(true);
     setPalette(CustomStyle::darkPalette());
 
-    m_attributesMenu =
-        new AttributesMenu(trackTableHeaderNames(), m_tableViewWidget->tableView(), this);
+    m_attributesMenu = new AttributesMenu(LoudnessColumns::tableColumnNames(),
+                                          m_tableViewWidget->tableView(), this);
     m_attributesMenu->installEventFilter(new ContextMenuEventFilter(m_attributesMenu));
 
     m_wavExport = new WavExport(this);
+    m_loudness = new LoudnessColumns(m_itemModel, m_infoBox, this);
 
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
     m_frameHelper = new FrameHelper(this);
@@ -195,6 +199,21 @@ void MainWindow::connectWidgets()
     connect(m_menuBar->aboutAction(), &QAction::triggered, this,
             &MainWindow::onActionAboutTriggered);
     connect(m_menuBar, &MenuBar::wavExportAllTriggered, this, &MainWindow::onWavExportAllTriggered);
+    // FLAC, MP3 and the cue sheet go the way "Export as WAV" goes.
+    connect(m_menuBar, &MenuBar::encodedExportAllTriggered, this, [this](ExportFormat format) {
+        if (m_loadedFolder.isEmpty())
+            return;
+        stopPlayer();
+        m_wavExport->setDisc(m_model, m_image);
+        m_wavExport->exportAllTracks(m_loadedFolder, format);
+    });
+    connect(m_menuBar, &MenuBar::cueSheetExportTriggered, this, [this] {
+        if (m_loadedFolder.isEmpty())
+            return;
+        stopPlayer();
+        m_wavExport->setDisc(m_model, m_image);
+        m_wavExport->exportCueSheet(m_loadedFolder);
+    });
     connect(m_menuBar, &MenuBar::audioDeviceChanged, this, &MainWindow::onAudioDeviceChanged);
 
     QSlider* volume = volumeSliderWidget()->volumeSlider();
@@ -327,6 +346,8 @@ void MainWindow::beginLoad()
 {
     // A disc still unpacking is dropped, with what it has unpacked so far.
     cancelUnpacking();
+    m_loudness->cancel();
+    m_infoBox->verificationLine()->cancel();
     stopPlayer();
     resetDisplay();
     connectPerLoad();
@@ -358,6 +379,7 @@ bool MainWindow::showLoaded(const LoadResult& result)
     const bool readable = result.kind == ErrorKind::NoError ||
                           (result.kind == ErrorKind::ImageMissing && m_itemModel->rowCount() > 0);
     if (readable) {
+        m_loudness->addColumns();
         m_tableViewWidget->installModel(m_itemModel, m_model);
         m_attributesMenu->synchronize();
         m_infoBox->setModel(*m_model);
@@ -386,6 +408,12 @@ void MainWindow::finishLoad(const QString& location, std::shared_ptr<const DiscI
     setWindowFilePath(location);
     m_player.setTrackSource(m_model);
     markHiddenTrack(*m_model, *m_itemModel, *image);
+    m_loudness->start(m_model, image);
+    // Checksums and the disc check, through the same files as playback.
+    std::shared_ptr<const IDdpFileSource> files = m_archive;
+    if (!files)
+        files = std::make_shared<FolderFileSource>(location);
+    m_infoBox->verificationLine()->start(files, m_model, image);
     m_player.load(std::move(image), {});
     startDisplayTimer();
     refreshDisplay();
@@ -602,7 +630,9 @@ void MainWindow::onInfoButtonClicked(std::int32_t row, QToolButton* button)
     QAbstractItemModel* table = m_tableViewWidget->tableView()->model();
     if (!button || !table)
         return;
-    auto* tip = new ToolTipWidget(table, row, this, button);
+    auto* tip = new ToolTipWidget(table, row, this, button,
+                                  m_model ? ToolTipWidget::frameTimeRows(*m_model, row)
+                                          : ToolTipWidget::Rows());
     const QPoint centre((button->width() + 1) / 2, (button->height() + 1) / 2);
     tip->showAt(button->mapToGlobal(centre));
 }
@@ -775,6 +805,8 @@ void MainWindow::closeEvent(QCloseEvent* event)
         }
     }
     cancelUnpacking();
+    m_loudness->cancel();
+    m_infoBox->verificationLine()->cancel();
     writeSetting(kMainWindowGeometryKey, saveGeometry());
     m_tableViewWidget->saveHeaderState();
     // Closing the device can take a moment (PulseAudio plays out what it

@@ -22,6 +22,7 @@ class DiscImage;
 class ImageUnpackJob;
 class FrameHelper;
 class InfoBoxWidget;
+class LoudnessColumns;
 class MenuBar;
 class MeterSectionWidget;
 class QProgressDialog;
@@ -83,6 +84,7 @@ public:
     TransportController* transportController() const { return m_transportController; }
     AttributesMenu* attributesMenu() const { return m_attributesMenu; }
     WavExport* exporter() const { return m_wavExport; }
+    LoudnessColumns* loudnessColumns() const { return m_loudness; }
     FrameHelper* frameHelper() const { return m_frameHelper; }
     QTimer* displayTimer() const { return m_displayTimer; }
     // The disc's location: its folder, or the archive it came in.
@@ -164,6 +166,7 @@ private:
     QPointer<CellDelegate> m_cellDelegate;
     AttributesMenu* m_attributesMenu = nullptr;
     WavExport* m_wavExport = nullptr;
+    LoudnessColumns* m_loudness = nullptr;
     FrameHelper* m_frameHelper = nullptr;
     SuspendWatcher* m_suspendWatcher = nullptr;
     QTimer* m_displayTimer = nullptr;
