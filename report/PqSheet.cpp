@@ -3,6 +3,7 @@
 #include "analysis/LoudnessText.h"
 #include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
+#include "ddp/DiscTexts.h"
 #include "ddp/PqTime.h"
 #include "verify/Verification.h"
 #include "verify/VerificationText.h"
@@ -40,24 +41,28 @@ QString cdTextOf(const DDPModel& model, std::size_t track, CdTextRecord::SlotInd
     }
 }
 
-// The UPC/EAN as the info area shows it: CD-Text's, the PQ descriptor's,
-// then the identifier's.
-QString upcEanOf(const DDPModel& model)
-{
-    const QString text = cdTextOf(model, 0, CdTextRecord::Code);
-    if (!text.isEmpty())
-        return text;
-    for (const PqEntry& entry : model.entries()) {
-        const std::string_view field = entry.upcEan();
-        const QString code =
-            QString::fromLatin1(field.data(), int(field.size())).remove(QChar(0)).trimmed();
-        if (!code.isEmpty())
-            return code;
-    }
-    return QString::fromLatin1(model.ddpIdUpcEan().c_str()).trimmed();
-}
-
 } // namespace
+
+QVector<QPair<QString, QString>> PqSheet::headerFields() const
+{
+    const QVector<QPair<QString, QString>> all{
+        {QStringLiteral("Album"), albumTitle},
+        {QStringLiteral("Performer"), albumPerformer},
+        {QStringLiteral("UPC/EAN"), upcEan},
+        {QStringLiteral("DDP level"), ddpLevel},
+        {QStringLiteral("Image"), imageFiles.join(QStringLiteral(", "))},
+        {QStringLiteral("Tracks"), QString::number(trackCount)},
+        {QStringLiteral("Total time"), totalTime},
+        {QStringLiteral("Date"), date.toString(Qt::ISODate)},
+        {QStringLiteral("Checksums"), checksums},
+        {QStringLiteral("Loudness"), discLoudness},
+    };
+    QVector<QPair<QString, QString>> shown;
+    for (const auto& field : all)
+        if (!field.second.isEmpty())
+            shown << field;
+    return shown;
+}
 
 QStringList PqSheet::columnNames()
 {
@@ -103,9 +108,9 @@ std::vector<int> PqSheet::shownColumns() const
 PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
 {
     PqSheet sheet;
-    sheet.albumTitle = cdTextOf(model, 0, CdTextRecord::Title);
-    sheet.albumPerformer = cdTextOf(model, 0, CdTextRecord::Performer);
-    sheet.upcEan = upcEanOf(model);
+    sheet.albumTitle = albumText(model, CdTextRecord::Title);
+    sheet.albumPerformer = albumText(model, CdTextRecord::Performer);
+    sheet.upcEan = discUpcEan(model);
     sheet.ddpLevel = QString::fromStdString(model.ddpLevel()).trimmed();
     for (const ImageStream& stream : model.imageLayout().streams)
         sheet.imageFiles << QString::fromStdString(stream.name);

@@ -4,8 +4,10 @@
 #include "verify/DiscCheck.h"
 
 #include <QDate>
+#include <QPair>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 #include <cstdint>
 #include <optional>
@@ -64,6 +66,8 @@ struct PqSheet
     std::vector<Finding> findings;
     std::vector<PqSheetFile> files;
 
+    // The header's lines, caption and value, in order; empty values left out.
+    QVector<QPair<QString, QString>> headerFields() const;
     static QStringList columnNames();               // the table's header, in order
     QStringList cells(const PqSheetRow& row) const; // one row's cells, in that order
     // The columns some row fills (Track to Flags always).

@@ -39,22 +39,9 @@ QByteArray pqSheetHtml(const PqSheet& sheet)
             QStringLiteral("</style></head>\n<body>\n<h1>PQ Sheet</h1>\n");
 
     html += QStringLiteral("<table class=\"header\">\n");
-    auto line = [&html](const QString& caption, const QString& value) {
-        if (value.isEmpty())
-            return;
+    for (const auto& field : sheet.headerFields())
         html += QStringLiteral("<tr><td><b>%1</b></td><td>%2</td></tr>\n")
-                    .arg(escaped(caption), escaped(value));
-    };
-    line(QStringLiteral("Album"), sheet.albumTitle);
-    line(QStringLiteral("Performer"), sheet.albumPerformer);
-    line(QStringLiteral("UPC/EAN"), sheet.upcEan);
-    line(QStringLiteral("DDP level"), sheet.ddpLevel);
-    line(QStringLiteral("Image"), sheet.imageFiles.join(QStringLiteral(", ")));
-    line(QStringLiteral("Tracks"), QString::number(sheet.trackCount));
-    line(QStringLiteral("Total time"), sheet.totalTime);
-    line(QStringLiteral("Date"), sheet.date.toString(Qt::ISODate));
-    line(QStringLiteral("Checksums"), sheet.checksums);
-    line(QStringLiteral("Loudness"), sheet.discLoudness);
+                    .arg(escaped(field.first), escaped(field.second));
     html += QStringLiteral("</table>\n");
 
     const QStringList names = PqSheet::columnNames();

@@ -219,21 +219,9 @@ private:
                          {},
                          QStringLiteral("PQ Sheet"),
                          metrics(m_title).height() + pt(4)});
-        auto field = [&](const QString& caption, const QString& value) {
-            if (!value.isEmpty())
-                items.push_back(
-                    {Item::Field, nullptr, 0, caption, value, metrics(m_body).height() + pt(1)});
-        };
-        field(QStringLiteral("Album"), m_sheet.albumTitle);
-        field(QStringLiteral("Performer"), m_sheet.albumPerformer);
-        field(QStringLiteral("UPC/EAN"), m_sheet.upcEan);
-        field(QStringLiteral("DDP level"), m_sheet.ddpLevel);
-        field(QStringLiteral("Image"), m_sheet.imageFiles.join(QStringLiteral(", ")));
-        field(QStringLiteral("Tracks"), QString::number(m_sheet.trackCount));
-        field(QStringLiteral("Total time"), m_sheet.totalTime);
-        field(QStringLiteral("Date"), m_sheet.date.toString(Qt::ISODate));
-        field(QStringLiteral("Checksums"), m_sheet.checksums);
-        field(QStringLiteral("Loudness"), m_sheet.discLoudness);
+        for (const auto& field : m_sheet.headerFields())
+            items.push_back({Item::Field, nullptr, 0, field.first, field.second,
+                             metrics(m_body).height() + pt(1)});
 
         auto table = [&](const QString& name, const Table& t) {
             if (t.rows.empty())

@@ -21,22 +21,10 @@ QString fitted(const QString& text, int width)
 
 QByteArray pqSheetText(const PqSheet& sheet)
 {
-    QString out;
-    auto line = [&out](const QString& caption, const QString& value) {
-        if (!value.isEmpty())
-            out += (caption + QLatin1Char(':')).leftJustified(12) + value + QLatin1Char('\n');
-    };
-    out += QStringLiteral("PQ SHEET\n\n");
-    line(QStringLiteral("Album"), sheet.albumTitle);
-    line(QStringLiteral("Performer"), sheet.albumPerformer);
-    line(QStringLiteral("UPC/EAN"), sheet.upcEan);
-    line(QStringLiteral("DDP level"), sheet.ddpLevel);
-    line(QStringLiteral("Image"), sheet.imageFiles.join(QStringLiteral(", ")));
-    line(QStringLiteral("Tracks"), QString::number(sheet.trackCount));
-    line(QStringLiteral("Total time"), sheet.totalTime);
-    line(QStringLiteral("Date"), sheet.date.toString(Qt::ISODate));
-    line(QStringLiteral("Checksums"), sheet.checksums);
-    line(QStringLiteral("Loudness"), sheet.discLoudness);
+    QString out = QStringLiteral("PQ SHEET\n\n");
+    for (const auto& field : sheet.headerFields())
+        out +=
+            (field.first + QLatin1Char(':')).leftJustified(12) + field.second + QLatin1Char('\n');
     out += QLatin1Char('\n');
 
     const QStringList names = PqSheet::columnNames();

@@ -1,7 +1,7 @@
 #include "widgets/InfoBoxWidget.h"
 
-#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
+#include "ddp/DiscTexts.h"
 #include "ddp/ErrorTexts.h"
 #include "widgets/FontTable.h"
 #include "widgets/Theme.h"
@@ -14,8 +14,6 @@
 #include <QStringList>
 #include <QTextDocument>
 
-#include <exception>
-
 namespace {
 
 const QString kMissing = QStringLiteral("-");
@@ -24,34 +22,6 @@ QString orMissing(const QString& text)
 {
     const QString trimmed = text.trimmed();
     return trimmed.isEmpty() ? kMissing : trimmed;
-}
-
-// The album record's text, decoded as the table decodes it.
-QString albumText(const DDPModel& model, CdTextRecord::SlotIndex slot)
-{
-    try {
-        return cdTextString(model.cdText(), 0, slot);
-    } catch (const std::exception&) {
-        return QString();
-    }
-}
-
-QString upcEanOf(const DDPModel& model)
-{
-    if (model.hasCdText()) {
-        const QString code = albumText(model, CdTextRecord::Code).trimmed();
-        if (!code.isEmpty())
-            return code;
-    }
-    for (const PqEntry& entry : model.entries()) {
-        const std::string_view field = entry.upcEan();
-        // The field is blank- or zero-padded when unused.
-        const QString code =
-            QString::fromLatin1(field.data(), int(field.size())).remove(QChar(0)).trimmed();
-        if (!code.isEmpty())
-            return code;
-    }
-    return orMissing(QString::fromLatin1(model.ddpIdUpcEan().c_str()));
 }
 
 QLabel* makeLabel(const char* name, QWidget* parent)
@@ -126,6 +96,9 @@ void InfoBoxWidget::setupUi()
     resize(478, 59);
     m_mainInfoLayout = new QHBoxLayout(this);
     m_mainInfoLayout->setObjectName(QStringLiteral("mainInfoLayout"));
+    // Tight above and below: with the verdict line under the notes, every
+    // pixel here is one the table loses at the smallest window.
+    m_mainInfoLayout->setContentsMargins(0, 2, 0, 0);
     m_gridLayout = new QGridLayout();
     m_gridLayout->setObjectName(QStringLiteral("gridLayout"));
     m_gridLayout->setContentsMargins(9, 0, 0, 0);
@@ -211,7 +184,7 @@ void InfoBoxWidget::clear()
 void InfoBoxWidget::setModel(const DDPModel& model)
 {
     clear();
-    m_upcEanLabel->setText(upcEanOf(model));
+    m_upcEanLabel->setText(orMissing(discUpcEan(model)));
     if (model.hasCdText()) {
         m_artistLabel->setText(orMissing(albumText(model, CdTextRecord::Performer)));
         m_albumLabel->setText(orMissing(albumText(model, CdTextRecord::Title)));
