@@ -31,6 +31,7 @@
 #include "widgets/InfoBoxWidget.h"
 #include "widgets/LoudnessColumns.h"
 #include "widgets/MeterSectionWidget.h"
+#include "widgets/PqSheetSaver.h"
 #include "widgets/Resources.h"
 #include "widgets/SeekSlider.h"
 #include "widgets/TableViewWidget.h"
@@ -103,6 +104,7 @@ MainWindow::MainWindow(QWidget* parent)
 
     m_wavExport = new WavExport(this);
     m_loudness = new LoudnessColumns(m_itemModel, m_infoBox, this);
+    m_pqSheet = new PqSheetSaver(this);
 
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
     m_frameHelper = new FrameHelper(this);
@@ -207,6 +209,7 @@ void MainWindow::connectWidgets()
         m_wavExport->setDisc(m_model, m_image);
         m_wavExport->exportAllTracks(m_loadedFolder, format);
     });
+    connect(m_menuBar, &MenuBar::pqSheetTriggered, this, &MainWindow::onSavePqSheetTriggered);
     connect(m_menuBar, &MenuBar::cueSheetExportTriggered, this, [this] {
         if (m_loadedFolder.isEmpty())
             return;
@@ -348,6 +351,7 @@ void MainWindow::beginLoad()
     cancelUnpacking();
     m_loudness->cancel();
     m_infoBox->verificationLine()->cancel();
+    m_pqSheet->cancel();
     stopPlayer();
     resetDisplay();
     connectPerLoad();
@@ -355,6 +359,7 @@ void MainWindow::beginLoad()
     // before, and not what a failed load has put in the table.
     m_loadedFolder.clear();
     m_image.reset();
+    m_files.reset();
     m_archive.reset();
     m_player.setTrackSource(nullptr);
     setPlayable(false);
@@ -410,10 +415,10 @@ void MainWindow::finishLoad(const QString& location, std::shared_ptr<const DiscI
     markHiddenTrack(*m_model, *m_itemModel, *image);
     m_loudness->start(m_model, image);
     // Checksums and the disc check, through the same files as playback.
-    std::shared_ptr<const IDdpFileSource> files = m_archive;
-    if (!files)
-        files = std::make_shared<FolderFileSource>(location);
-    m_infoBox->verificationLine()->start(files, m_model, image);
+    m_files = m_archive;
+    if (!m_files)
+        m_files = std::make_shared<FolderFileSource>(location);
+    m_infoBox->verificationLine()->start(m_files, m_model, image);
     m_player.load(std::move(image), {});
     startDisplayTimer();
     refreshDisplay();
@@ -655,6 +660,24 @@ void MainWindow::onWavExportAllTriggered()
     m_wavExport->exportAllTracks(m_loadedFolder);
 }
 
+void MainWindow::onSavePqSheetTriggered()
+{
+    if (m_loadedFolder.isEmpty())
+        return;
+    PqSheetSaver::Disc disc;
+    disc.model = m_model;
+    disc.image = m_image;
+    disc.files = m_files;
+    disc.location = m_loadedFolder;
+    // What is known by now: a verification or analysis still running is
+    // left out rather than waited for.
+    const VerificationLine* verification = m_infoBox->verificationLine();
+    if (!verification->isRunning() && !verification->report().cancelled)
+        disc.verification = verification->report();
+    disc.loudness = m_loudness->result();
+    m_pqSheet->save(std::move(disc));
+}
+
 void MainWindow::onTimeout()
 {
     SeekSlider* seek = timeWidget()->seekSlider();
@@ -807,6 +830,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
     cancelUnpacking();
     m_loudness->cancel();
     m_infoBox->verificationLine()->cancel();
+    m_pqSheet->cancel();
     writeSetting(kMainWindowGeometryKey, saveGeometry());
     m_tableViewWidget->saveHeaderState();
     // Closing the device can take a moment (PulseAudio plays out what it

@@ -22,7 +22,9 @@ class DiscImage;
 class ImageUnpackJob;
 class FrameHelper;
 class InfoBoxWidget;
+class IDdpFileSource;
 class LoudnessColumns;
+class PqSheetSaver;
 class MenuBar;
 class MeterSectionWidget;
 class QProgressDialog;
@@ -85,6 +87,7 @@ public:
     AttributesMenu* attributesMenu() const { return m_attributesMenu; }
     WavExport* exporter() const { return m_wavExport; }
     LoudnessColumns* loudnessColumns() const { return m_loudness; }
+    PqSheetSaver* pqSheetSaver() const { return m_pqSheet; }
     FrameHelper* frameHelper() const { return m_frameHelper; }
     QTimer* displayTimer() const { return m_displayTimer; }
     // The disc's location: its folder, or the archive it came in.
@@ -107,6 +110,7 @@ public slots:
     void onInfoButtonClicked(std::int32_t row, QToolButton* button);
     void onExportAsWavButtonClicked(std::int32_t row);
     void onWavExportAllTriggered();
+    void onSavePqSheetTriggered();
     void onTimeout();
     void onCdTimeLabelClicked();
     void onTrackTimeLabelClicked();
@@ -167,6 +171,7 @@ private:
     AttributesMenu* m_attributesMenu = nullptr;
     WavExport* m_wavExport = nullptr;
     LoudnessColumns* m_loudness = nullptr;
+    PqSheetSaver* m_pqSheet = nullptr;
     FrameHelper* m_frameHelper = nullptr;
     SuspendWatcher* m_suspendWatcher = nullptr;
     QTimer* m_displayTimer = nullptr;
@@ -174,8 +179,9 @@ private:
 
     QString m_ddpPath;
     QString m_loadedFolder; // the folder or archive of the disc that plays; empty when none
-    std::shared_ptr<const DiscImage> m_image; // the audio that plays and exports
-    std::shared_ptr<ArchiveDdp> m_archive;    // the archive it came from, if any
+    std::shared_ptr<const DiscImage> m_image;      // the audio that plays and exports
+    std::shared_ptr<ArchiveDdp> m_archive;         // the archive it came from, if any
+    std::shared_ptr<const IDdpFileSource> m_files; // the DDP's files: the folder or the archive
     ImageUnpackJob* m_unpackJob = nullptr;
     QProgressDialog* m_unpackDialog = nullptr;
     QString m_unpackLocation;

@@ -146,6 +146,15 @@ void MenuBar::addExportAction()
            "the disc's tracks, indexes, ISRCs, flags and CD-Text.</font>"));
     m_cueSheetAction->setEnabled(false);
     connect(m_cueSheetAction, &QAction::triggered, this, &MenuBar::cueSheetExportTriggered);
+
+    m_pqSheetAction =
+        m_programMenu->addAction(QIcon(QStringLiteral(":save_icon")), tr("Save PQ Sheet…"));
+    m_pqSheetAction->setObjectName(QStringLiteral("actionSavePqSheet"));
+    m_pqSheetAction->setToolTip(
+        tr("<font>The PQ sheet for the plant: every index to the frame, ISRCs, CD-Text, "
+           "checksums, the disc check and loudness, as PDF, HTML, text or JSON.</font>"));
+    m_pqSheetAction->setEnabled(false);
+    connect(m_pqSheetAction, &QAction::triggered, this, &MenuBar::pqSheetTriggered);
 }
 
 void MenuBar::addAboutAction()
@@ -156,8 +165,8 @@ void MenuBar::addAboutAction()
 
 void MenuBar::setExportEnabled(bool enabled)
 {
-    for (QAction* action :
-         {m_exportAction, m_flacExportAction, m_mp3ExportAction, m_cueSheetAction}) {
+    for (QAction* action : {m_exportAction, m_flacExportAction, m_mp3ExportAction, m_cueSheetAction,
+                            m_pqSheetAction}) {
         if (action)
             action->setEnabled(enabled);
     }

@@ -41,6 +41,8 @@ public:
     QAction* flacExportAction() const { return m_flacExportAction; }
     QAction* mp3ExportAction() const { return m_mp3ExportAction; }
     QAction* cueSheetAction() const { return m_cueSheetAction; }
+    // "Save PQ Sheet…", enabled with the exports.
+    QAction* pqSheetAction() const { return m_pqSheetAction; }
     QToolButton* closeButton() const { return m_closeButton; }
     QToolButton* minimizeButton() const { return m_minimizeButton; }
     QPushButton* menuButton() const { return m_menuButton; }
@@ -53,6 +55,7 @@ signals:
     void wavExportAllTriggered();
     void encodedExportAllTriggered(ExportFormat format);
     void cueSheetExportTriggered();
+    void pqSheetTriggered();
     void rescanTriggered();
 
 protected:
@@ -72,6 +75,7 @@ private:
     QAction* m_flacExportAction = nullptr;
     QAction* m_mp3ExportAction = nullptr;
     QAction* m_cueSheetAction = nullptr;
+    QAction* m_pqSheetAction = nullptr;
     QAction* m_aboutAction = nullptr;
     Audio::IAudioDeviceInfos* m_deviceInfos = nullptr;
 };

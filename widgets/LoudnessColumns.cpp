@@ -64,6 +64,7 @@ void LoudnessColumns::start(const std::shared_ptr<DDPModel>& model,
 void LoudnessColumns::cancel()
 {
     m_analyzer.cancel();
+    m_result.reset();
     m_rows.clear();
     m_progressShown = -1;
     if (m_infoBox) {
@@ -103,6 +104,7 @@ void LoudnessColumns::fillRow(int row, const LoudnessResult& result)
 
 void LoudnessColumns::onFinished(const DiscLoudness& result)
 {
+    m_result = result;
     if (m_table->columnCount() <= kTruePeakColumn)
         addColumns();
     for (std::size_t i = 0; i < m_rows.size() && i < result.tracks.size(); ++i)

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class DDPModel;
@@ -48,6 +49,8 @@ public:
     void cancel();
 
     LoudnessAnalyzer* analyzer() { return &m_analyzer; }
+    // The figures of the disc loaded last, once its analysis has finished.
+    const std::optional<DiscLoudness>& result() const { return m_result; }
 
 signals:
     // The figures are in the table and the info area.
@@ -63,4 +66,5 @@ private:
     LoudnessAnalyzer m_analyzer;
     std::vector<int> m_rows; // the table row of each measured track
     int m_progressShown = -1;
+    std::optional<DiscLoudness> m_result;
 };

@@ -9,17 +9,24 @@
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/ClickableLabel.h"
 #include "widgets/FilterHeaderView.h"
+#include "widgets/InfoBoxWidget.h"
 #include "widgets/LevelMeterWidget.h"
+#include "widgets/LoudnessColumns.h"
 #include "widgets/MeterSectionWidget.h"
+#include "widgets/PqSheetSaver.h"
 #include "widgets/SeekSlider.h"
 #include "widgets/TableViewWidget.h"
 #include "widgets/TimeWidget.h"
 #include "widgets/TransportWidget.h"
+#include "widgets/VerificationLine.h"
 #include "widgets/VolumeSliderWidget.h"
 
 #include "widgets/TransportButton.h"
 
 #include <QCheckBox>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
@@ -337,6 +344,40 @@ private slots:
     // A disc whose audio image is missing still shows its rows (tracks,
     // CD-Text, ISRCs) behind the error, but nothing of it plays or exports,
     // and nothing of the disc before either.
+    // The PQ sheet from the menu prints what the window has found by then:
+    // the checksum verdict, the findings and the loudness of every track.
+    void thePqSheetPrintsWhatTheWindowFound()
+    {
+        mkddp::DiscSpec spec = mkddp::simpleDisc(3, 5);
+        spec.checksums = mkddp::ChecksumStyle::Md5;
+        const QString folder = m_dir.filePath(QStringLiteral("checked"));
+        QVERIFY(mkddp::writeDisc(spec, folder));
+        ModalAnswerer answerer;
+        MainWindow window;
+        QVERIFY(!window.menuBarWidget()->pqSheetAction()->isEnabled());
+        window.openPath(folder);
+        QVERIFY(window.menuBarWidget()->pqSheetAction()->isEnabled());
+        QTRY_VERIFY_WITH_TIMEOUT(!window.infoBox()->verificationLine()->isRunning() &&
+                                     window.loudnessColumns()->result().has_value(),
+                                 20000);
+        const QString out = m_dir.filePath(QStringLiteral("sheet.json"));
+        window.pqSheetSaver()->setFileChooser(
+            [out](QWidget*, const QString&, const QString&, const QString&) { return out; });
+        window.menuBarWidget()->pqSheetAction()->trigger();
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(out), 20000);
+        QFile file(out);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject sheet = QJsonDocument::fromJson(file.readAll()).object();
+        QVERIFY(sheet[QStringLiteral("checksums")].toString().startsWith(
+            QLatin1String("Checksums OK")));
+        QVERIFY(sheet[QStringLiteral("discLoudness")].toString().contains(QLatin1String("LUFS")));
+        QVERIFY(!sheet[QStringLiteral("findings")].toArray().isEmpty()); // no barcode: a note
+        int measured = 0;
+        for (const QJsonValue& row : sheet[QStringLiteral("rows")].toArray())
+            measured += row[QStringLiteral("loudnessLufs")].isDouble() ? 1 : 0;
+        QCOMPARE(measured, 3);
+    }
+
     void aDiscWithoutItsImageIsShownButNotPlayable()
     {
         ModalAnswerer answerer;
