@@ -19,5 +19,7 @@ $SUDO apt-get install -y --no-install-recommends \
   libzip-dev zip unzip \
   libflac-dev libmp3lame-dev libtag1-dev flac cdrdao cuetools ffmpeg \
   libebur128-dev \
+  mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix \
   zlib1g-dev \
-  poppler-utils
+  poppler-utils \
+  scdoc groff-base

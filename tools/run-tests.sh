@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds Tivora and runs every test from a fresh Debian machine:
 #   1. installs the packages (tools/install-deps.sh),
-#   2. builds with warnings as errors,
+#   2. builds with warnings as errors, and compiles the Windows code paths
+#      for a Windows target (tools/check-windows.sh),
 #   3. runs the CTest suite against a private PulseAudio null sink and Xvfb,
 #   4. builds the audio tests again with ThreadSanitizer and runs them,
 #   5. fuzzes the DDP loader for about a minute.
@@ -17,11 +18,13 @@ fi
 
 cmake -S . -B build -DTIVORA_WERROR=ON
 cmake --build build -j"$JOBS"
+tools/check-windows.sh build
 
 source tools/test-env.sh
 start_test_env
 ctest --test-dir build --output-on-failure -j"$JOBS"
 stop_test_env
+"$ROOT/tools/test-package.sh" build
 
 if [ "${TIVORA_QUICK:-0}" != 1 ]; then
     "$ROOT/tools/run-tsan.sh"
