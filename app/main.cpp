@@ -13,9 +13,34 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <cstring>
+
+// Answered before QApplication exists: the help needs no display and opens
+// no window. The manual page is docs/man/tivora.1.scd.
+static bool printHelpIfAsked(int argc, char* argv[])
+{
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--help") != 0 && std::strcmp(argv[i], "-h") != 0)
+            continue;
+        std::fputs("usage: tivora [PATH]\n"
+                   "\n"
+                   "A player for DDP disc images. PATH, a DDP folder, any file inside one\n"
+                   "or a ZIP archive holding a DDP, is opened at start.\n"
+                   "\n"
+                   "Options:\n"
+                   "  -h, --help   print this help and exit\n"
+                   "\n"
+                   "See tivora(1) for more, and tivora-ddp(1) for the command line.\n",
+                   stdout);
+        return true;
+    }
+    return false;
+}
 
 int main(int argc, char* argv[])
 {
+    if (printHelpIfAsked(argc, argv))
+        return 0;
     QApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
     QApplication app(argc, argv);

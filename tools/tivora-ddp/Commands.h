@@ -11,3 +11,4 @@ int runVerify(const QStringList& args);
 int runAnalyze(const QStringList& args);
 int runCue(const QStringList& args);
 int runPqSheet(const QStringList& args);
+int runTracks(const QStringList& args);

@@ -1,5 +1,6 @@
 // tivora-ddp: the player's loader, audio engine and export from the command
-// line, for scripts and for machines without a display.
+// line, for scripts and for machines without a display. Its manual page is
+// docs/man/tivora-ddp.1.scd.
 #include "tools/tivora-ddp/Commands.h"
 
 #include "ddp/FileNameCodec.h"
@@ -28,9 +29,58 @@ static int usage()
                "       tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n"
                "       tivora-ddp cue PATH OUT.cue [--bin | --wav]\n"
                "       tivora-ddp analyze [--json] PATH\n"
-               "       tivora-ddp pqsheet PATH OUT\n",
+               "       tivora-ddp pqsheet PATH OUT\n"
+               "       tivora-ddp tracks PATH\n"
+               "       tivora-ddp --help\n",
                stderr);
     return 2;
+}
+
+// The whole help, on standard output: asked for, it is the answer, not an
+// error. The manual page lists the same options; a test holds them together.
+static int help()
+{
+    std::fputs("usage: tivora-ddp COMMAND ARGUMENTS\n"
+               "\n"
+               "The Tivora window's loader, player, checks and export without a display.\n"
+               "PATH is a DDP folder, any file inside one, or a ZIP archive holding a DDP.\n"
+               "\n"
+               "Commands:\n"
+               "  info [--json] PATH        files, tracks, indexes, ISRCs and CD-Text of the\n"
+               "                            disc; --json prints one JSON object and adds the\n"
+               "                            checksums and findings (reading the whole disc)\n"
+               "  verify [--json] PATH      the checksum files against the files they list,\n"
+               "                            then the disc against the rules a plant applies\n"
+               "  play PATH [--track N] [--seconds S] [--device NAME]\n"
+               "                            play from track N (default: the first), stop\n"
+               "                            after S seconds, on the audio device NAME\n"
+               "  export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n"
+               "                            every track, or track N, into the folder OUTDIR\n"
+               "  cue PATH OUT.cue [--bin | --wav]\n"
+               "                            a cue sheet for a reference CD, with the audio\n"
+               "                            beside it as OUT.bin (the default) or OUT.wav\n"
+               "  analyze [--json] PATH     loudness, loudness range and true peak of every\n"
+               "                            track and of the disc\n"
+               "  pqsheet PATH OUT          the PQ sheet, as OUT's extension says: .pdf,\n"
+               "                            .html, .txt or .json; OUT - prints text\n"
+               "  tracks PATH               the numbers --track takes, one a line (quick:\n"
+               "                            nothing verified, no audio read)\n"
+               "\n"
+               "Options:\n"
+               "  -h, --help                print this help and exit\n"
+               "\n"
+               "Exit status: 0 success; 1 failure (a disc that does not load, a missing\n"
+               "image, a file that cannot be written, a failed check); 2 a usage error;\n"
+               "verify only: 3 when there is no checksum file to verify and no error.\n"
+               "\n"
+               "See tivora-ddp(1) for more.\n",
+               stdout);
+    return 0;
+}
+
+static bool isHelp(const QString& arg)
+{
+    return arg == QLatin1String("--help") || arg == QLatin1String("-h");
 }
 
 // `play` is tivora-ddp-play, next to this executable: handing the process
@@ -80,6 +130,9 @@ int main(int argc, char** argv)
     args.removeFirst();
     if (args.isEmpty())
         return usage();
+    // "tivora-ddp --help" and "tivora-ddp COMMAND --help" alike.
+    if (isHelp(args.first()) || (args.size() == 2 && isHelp(args.at(1))))
+        return help();
     const QString command = args.takeFirst();
     if (command == QLatin1String("info"))
         return runInfo(args);
@@ -95,5 +148,7 @@ int main(int argc, char** argv)
         return runAnalyze(args);
     if (command == QLatin1String("pqsheet"))
         return runPqSheet(args);
+    if (command == QLatin1String("tracks"))
+        return runTracks(args);
     return usage();
 }
