@@ -21,5 +21,6 @@ $SUDO apt-get install -y --no-install-recommends \
   libebur128-dev \
   mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix \
   zlib1g-dev \
+  lintian desktop-file-utils librsvg2-bin appstream \
   poppler-utils \
   scdoc groff-base
