@@ -18,8 +18,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 # A disc of 12 tracks (so that "1" completes to 1, 10, 11 and 12), the same
-# disc in an archive, and beside them what a disc is not.
-mkdir -p "$work/discs/out dir" "$work/discs/Other Disc"
+# disc in an archive, and beside them what a disc is not. Folder names with a
+# space and a glob character must be offered whole.
+mkdir -p "$work/discs/out dir" "$work/discs/Other Disc" "$work/discs/*"
 "$mkddp" test "$work/discs/album" --tracks 12 --seconds 4 >/dev/null || exit 1
 (cd "$work/discs" && zip -qr0 album.zip album) || exit 1
 cp "$work/discs/album.zip" "$work/discs/SHOUT.ZIP"
@@ -31,6 +32,18 @@ for disc in album album.zip album/IMAGE.DAT; do
     got=$("$ddp" tracks "$work/discs/$disc" | tr '\n' ' ')
     [[ ${got% } == "$all_tracks" ]] || fail "tracks $disc prints '$got'"
 done
+# On a disc with pauses and a second index, every number listed is one
+# export's --track takes, and the next one is not.
+"$mkddp" test "$work/realistic" --realistic >/dev/null || exit 1
+listed=$("$ddp" tracks "$work/realistic" | tr '\n' ' ')
+[[ $listed == "1 2 3 4 5 6 7 " ]] || fail "tracks of the realistic disc prints '$listed'"
+for n in $listed; do
+    "$ddp" export "$work/realistic" "$work/out" --track "$n" >/dev/null 2>&1 ||
+        fail "tracks lists $n, which export --track does not take"
+done
+"$ddp" export "$work/realistic" "$work/out" --track 8 >/dev/null 2>&1 &&
+    fail "export --track 8 succeeds, tracks does not list it"
+rm -rf "$work/realistic" "$work/out"
 "$ddp" tracks "$work/discs/missing" >/dev/null 2>&1
 [[ $? -eq 1 ]] || fail "tracks of a missing disc does not exit 1"
 "$ddp" tracks >/dev/null 2>&1
@@ -93,16 +106,17 @@ expect "1 10 11 12" play --seconds 5 album --track 1
 expect "album album.zip" play --device default al
 # A disc written as the shell takes it: quoted, or with ~/.
 expect "1 10 11 12" play "\"$work/discs/album\"" --track 1
+# shellcheck disable=SC2088 # as typed, unexpanded
 HOME=$work/discs expect "1 10 11 12" play "~/album.zip" --track 1
 
 # Paths: folders and archives for the disc, folders for OUTDIR, any file
 # for the cue sheet and the PQ sheet.
-expect "Other Disc SHOUT.ZIP album album.zip out dir" info ""
+expect "* Other Disc SHOUT.ZIP album album.zip out dir" info ""
 expect "SHOUT.ZIP" verify S
 expect "album album.zip" analyze al
-expect "Other Disc SHOUT.ZIP album album.zip notes.txt out dir zipped.zip.txt" pqsheet album ""
+expect "* Other Disc SHOUT.ZIP album album.zip notes.txt out dir zipped.zip.txt" pqsheet album ""
 expect "notes.txt" cue album n
-expect "Other Disc album out dir" export album ""
+expect "* Other Disc album out dir" export album ""
 expect "" info album ""
 expect "" tracks album ""
 

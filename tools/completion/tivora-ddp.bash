@@ -39,6 +39,7 @@ _tivora_ddp_dequote()
         \'*\') word=${word:1:${#word}-2} ;;
         *) word=${word//\\/} ;;
     esac
+    # shellcheck disable=SC2088 # the literal text the user typed
     [[ $word == "~/"* ]] && word=$HOME/${word#"~/"}
     printf '%s' "$word"
 }
@@ -59,12 +60,18 @@ _tivora_ddp_positionals()
     done
 }
 
+# Adds each line of standard input to the offers, as it is: names with
+# spaces or glob characters stay whole.
+_tivora_ddp_offer()
+{
+    mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY
+}
+
 # Folders and ZIP archives: what a disc can be given as.
 _tivora_ddp_disc_paths()
 {
-    local IFS=$'\n'
-    COMPREPLY+=($(compgen -d -- "$1"))
-    COMPREPLY+=($(compgen -f -X '!*.[Zz][Ii][Pp]' -- "$1"))
+    _tivora_ddp_offer < <(compgen -d -- "$1")
+    _tivora_ddp_offer < <(compgen -f -X '!*.[Zz][Ii][Pp]' -- "$1")
     compopt -o filenames 2>/dev/null
 }
 
@@ -77,9 +84,9 @@ _tivora_ddp()
 
     if ((COMP_CWORD == 1)); then
         if [[ $cur == -* ]]; then
-            COMPREPLY=($(compgen -W "--help -h" -- "$cur"))
+            _tivora_ddp_offer < <(compgen -W "--help -h" -- "$cur")
         else
-            COMPREPLY=($(compgen -W "$_tivora_ddp_commands" -- "$cur"))
+            _tivora_ddp_offer < <(compgen -W "$_tivora_ddp_commands" -- "$cur")
         fi
         return
     fi
@@ -88,7 +95,7 @@ _tivora_ddp()
 
     case $prev in
         --format)
-            COMPREPLY=($(compgen -W "wav flac mp3" -- "$cur"))
+            _tivora_ddp_offer < <(compgen -W "wav flac mp3" -- "$cur")
             return
             ;;
         --track)
@@ -97,7 +104,7 @@ _tivora_ddp()
             [[ -n $disc ]] || return
             disc=$(_tivora_ddp_dequote "$disc")
             program=$(_tivora_ddp_dequote "${COMP_WORDS[0]}")
-            COMPREPLY=($(compgen -W "$("$program" tracks "$disc" 2>/dev/null)" -- "$cur"))
+            _tivora_ddp_offer < <(compgen -W "$("$program" tracks "$disc" 2>/dev/null)" -- "$cur")
             return
             ;;
         --seconds | --device)
@@ -115,7 +122,7 @@ _tivora_ddp()
         if [[ $command == cue && ($used == *" --bin "* || $used == *" --wav "*) ]]; then
             offered=(--help)
         fi
-        COMPREPLY=($(compgen -W "${offered[*]}" -- "$cur"))
+        _tivora_ddp_offer < <(compgen -W "${offered[*]}" -- "$cur")
         return
     fi
 
@@ -132,10 +139,9 @@ _tivora_ddp()
     if ((position == 0)); then
         _tivora_ddp_disc_paths "$cur"
     elif ((position == 1)); then
-        local IFS=$'\n'
         case $command in
-            export) COMPREPLY=($(compgen -d -- "$cur")) ;;
-            cue | pqsheet) COMPREPLY=($(compgen -f -- "$cur")) ;;
+            export) _tivora_ddp_offer < <(compgen -d -- "$cur") ;;
+            cue | pqsheet) _tivora_ddp_offer < <(compgen -f -- "$cur") ;;
             *) return ;;
         esac
         compopt -o filenames 2>/dev/null
