@@ -5,6 +5,7 @@
 #include "ddp/DDPModel.h"
 #include "export/WavExport.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/archive/RunZip.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/TableViewWidget.h"
 
@@ -21,15 +22,6 @@
 #include <QtTest>
 
 namespace {
-
-bool runZip(const QString& dir, const QStringList& args)
-{
-    QProcess zip;
-    zip.setWorkingDirectory(dir);
-    zip.start(QStringLiteral("zip"), QStringList{QStringLiteral("-q")} + args);
-    return zip.waitForFinished(120000) && zip.exitStatus() == QProcess::NormalExit &&
-           zip.exitCode() == 0;
-}
 
 QByteArray readAll(const QString& path)
 {

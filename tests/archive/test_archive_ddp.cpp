@@ -4,6 +4,7 @@
 #include "ddp/DdpLoader.h"
 #include "ddp/ErrorTexts.h"
 #include "ddp/ImageLayout.h"
+#include "tests/archive/RunZip.h"
 #include "tools/mkddp/Mkddp.h"
 
 #include <QCoreApplication>
@@ -30,16 +31,6 @@ namespace {
 QString binary(const QString& relative)
 {
     return QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) + QLatin1Char('/') + relative;
-}
-
-// Runs Info-ZIP's zip in `dir` with `args`; true on success.
-bool runZip(const QString& dir, const QStringList& args)
-{
-    QProcess zip;
-    zip.setWorkingDirectory(dir);
-    zip.start(QStringLiteral("zip"), QStringList{QStringLiteral("-q")} + args);
-    return zip.waitForFinished(120000) && zip.exitStatus() == QProcess::NormalExit &&
-           zip.exitCode() == 0;
 }
 
 QByteArray readFile(const QString& path)

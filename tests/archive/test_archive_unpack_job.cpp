@@ -6,6 +6,7 @@
 #include "archive/ImageUnpackJob.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
+#include "tests/archive/RunZip.h"
 #include "tools/mkddp/Mkddp.h"
 
 #include <QCoreApplication>
@@ -48,10 +49,7 @@ private slots:
         const QString disc = m_dir.filePath(QStringLiteral("disc"));
         QVERIFY(mkddp::writeDisc(mkddp::simpleDisc(2, 240), disc));
         m_zip = m_dir.filePath(QStringLiteral("disc.zip"));
-        QProcess zip;
-        zip.setWorkingDirectory(disc);
-        zip.start(QStringLiteral("zip"), {QStringLiteral("-q1r"), m_zip, QStringLiteral(".")});
-        QVERIFY(zip.waitForFinished(120000) && zip.exitCode() == 0);
+        QVERIFY(zipFolder(disc, m_zip, false, 1));
     }
 
     void unpacksOnItsThreadAndReportsOnOurs()

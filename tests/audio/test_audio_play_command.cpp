@@ -3,6 +3,7 @@
 // image's samples x 3.051851e-5, bit for bit, across track ends. Skips
 // without PulseAudio.
 #include "PulseTestSupport.h"
+#include "tests/archive/RunZip.h"
 
 #include "tools/mkddp/Mkddp.h"
 
@@ -93,13 +94,7 @@ void TestAudioPlayCommand::playAndCompare(const QString& form, QString* dropout)
     const mkddp::TestPattern pattern(spec);
     if (form.endsWith(QLatin1String("zip"))) {
         const QString zipPath = dir.filePath(QStringLiteral("disc.zip"));
-        QProcess zip;
-        zip.setWorkingDirectory(disc);
-        zip.start(QStringLiteral("zip"),
-                  {form.startsWith(QLatin1String("stored")) ? QStringLiteral("-q0r")
-                                                            : QStringLiteral("-q9r"),
-                   zipPath, QStringLiteral(".")});
-        QVERIFY(zip.waitForFinished(60000) && zip.exitCode() == 0);
+        QVERIFY(zipFolder(disc, zipPath, form.startsWith(QLatin1String("stored")), 9));
         disc = zipPath;
     }
 

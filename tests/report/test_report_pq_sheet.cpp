@@ -5,6 +5,7 @@
 #include "ddp/DdpLoader.h"
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"
+#include "tests/archive/RunZip.h"
 #include "tools/mkddp/Mkddp.h"
 #include "verify/Verification.h"
 
@@ -246,10 +247,7 @@ private slots:
         const QString disc = m_dir.filePath(QStringLiteral("small"));
         QVERIFY(mkddp::writeDisc(spec, disc));
         const QString zip = m_dir.filePath(QStringLiteral("small.zip"));
-        QProcess zipper;
-        zipper.setWorkingDirectory(disc);
-        zipper.start(QStringLiteral("zip"), {QStringLiteral("-q0r"), zip, QStringLiteral(".")});
-        QVERIFY(zipper.waitForFinished(60000) && zipper.exitCode() == 0);
+        QVERIFY(zipFolder(disc, zip, true));
 
         const QByteArray sums =
             runTool(QStringLiteral("md5sum"),

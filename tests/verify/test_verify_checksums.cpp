@@ -1,6 +1,7 @@
 // Checksum files beside generated discs, in folders and in ZIP archives:
 // the verdicts, the files nobody lists, and tivora-ddp verify's exit status.
 #include "VerifyTestSupport.h"
+#include "tests/archive/RunZip.h"
 
 #include "archive/ArchiveDdp.h"
 #include "ddp/ImageLayout.h"
@@ -218,14 +219,10 @@ private slots:
     {
         const QString folder = write(QStringLiteral("zipped"), mkddp::simpleDisc(3, 10),
                                      Style::Md5CrlfUpper, {mkddp::Fault::ChecksumFlippedByte});
-        for (const char* level : {"-0", "-6"}) {
-            const QString zip =
-                m_dir.filePath(QStringLiteral("disc%1.zip").arg(QLatin1String(level)));
-            QProcess process;
-            process.setWorkingDirectory(folder);
-            process.start(QStringLiteral("zip"), {QStringLiteral("-q"), QStringLiteral("-r"),
-                                                  QLatin1String(level), zip, QStringLiteral(".")});
-            QVERIFY(process.waitForFinished(60000) && process.exitCode() == 0);
+        for (const bool stored : {true, false}) {
+            const QString zip = m_dir.filePath(stored ? QStringLiteral("stored.zip")
+                                                      : QStringLiteral("deflated.zip"));
+            QVERIFY(zipFolder(folder, zip, stored));
             const Verified v = verifyArchive(zip, m_dir.filePath(QStringLiteral("unpack")));
             QCOMPARE(int(v.result.kind), int(ErrorKind::NoError));
             QCOMPARE(v.report.verdicts.size(), std::size_t(5));
