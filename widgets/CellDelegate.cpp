@@ -83,6 +83,11 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     const QColor text = current ? QColor(Qt::white) : textFor(kind, inList);
     painter->fillRect(opt.rect, background);
     opt.palette.setColor(QPalette::Text, text);
+    // A cell with a colour of its own (a true peak over the limit) keeps it
+    // on the selected row too.
+    const QVariant foreground = index.data(Qt::ForegroundRole);
+    if (foreground.canConvert<QBrush>())
+        opt.palette.setBrush(QPalette::HighlightedText, foreground.value<QBrush>());
     opt.displayAlignment |= Qt::AlignLeft;
     QStyledItemDelegate::paint(painter, opt, index);
 

@@ -252,6 +252,29 @@ private slots:
         QVERIFY(empty.actions().isEmpty());
     }
 
+    // A cell's own colour (the true peak's warning) survives the selection.
+    void aCellsOwnColourShowsOnTheSelectedRow()
+    {
+        Disc disc({1, 1, 1});
+        auto widget = loaded(disc);
+        const QColor warning(240, 170, 40);
+        disc.table.item(1, 3)->setForeground(warning);
+        widget->show();
+        QVERIFY(QTest::qWaitForWindowExposed(widget.get()));
+        QTableView* view = widget->tableView();
+        view->selectRow(1);
+        const QImage shot = view->viewport()->grab().toImage();
+        const QRect cell = view->visualRect(view->model()->index(1, 3));
+        bool seen = false;
+        for (int x = cell.left(); x <= cell.right() && !seen; ++x)
+            for (int y = cell.top(); y <= cell.bottom() && !seen; ++y) {
+                // Anti-aliased text: amber enough, against white text on grey.
+                const QColor c = shot.pixelColor(x, y);
+                seen = c.red() > 180 && c.green() > 110 && c.green() < 200 && c.blue() < 90;
+            }
+        QVERIFY(seen);
+    }
+
     void releaseOnABoxKeepsTheMenuOpen()
     {
         Disc disc({1});
