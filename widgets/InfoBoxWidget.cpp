@@ -24,9 +24,31 @@ QString orMissing(const QString& text)
     return trimmed.isEmpty() ? kMissing : trimmed;
 }
 
+// A value too wide for its column ends in "…" rather than being cut in the
+// middle of a character; one that fits is an ordinary label (selectable).
+class ElidingLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        const QRect area = contentsRect();
+        if (fontMetrics().horizontalAdvance(text()) <= area.width()) {
+            QLabel::paintEvent(event);
+            return;
+        }
+        QPainter painter(this);
+        painter.setPen(palette().color(foregroundRole()));
+        painter.drawText(area, int(alignment()),
+                         fontMetrics().elidedText(text(), Qt::ElideRight, area.width()));
+    }
+};
+
 QLabel* makeLabel(const char* name, QWidget* parent)
 {
-    auto* label = new QLabel(parent);
+    auto* label = new ElidingLabel(parent);
     label->setObjectName(QString::fromLatin1(name));
     // Disc text is shown as it is, never read as markup.
     label->setTextFormat(Qt::PlainText);
@@ -185,6 +207,10 @@ void InfoBoxWidget::setModel(const DDPModel& model)
 {
     clear();
     m_upcEanLabel->setText(orMissing(discUpcEan(model)));
+    // Measured in the font the style has given the label by now: a code cut
+    // short would be a wrong code.
+    m_upcEanLabel->setMinimumWidth(
+        m_upcEanLabel->fontMetrics().horizontalAdvance(m_upcEanLabel->text()) + 2);
     if (model.hasCdText()) {
         m_artistLabel->setText(orMissing(albumText(model, CdTextRecord::Performer)));
         m_albumLabel->setText(orMissing(albumText(model, CdTextRecord::Title)));
