@@ -12,23 +12,11 @@ set -uo pipefail
 [ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
 RUNS=${RUNS:-5}
 MINUTES=${MINUTES:-74}
-find_bin() { find "$1" -name "$2" -type f -perm -u+x | head -n1; }
-MKDDP=$(find_bin "$1" tivora-mkddp)
-DDP=$(find_bin "$1" tivora-ddp)
-[ -n "$MKDDP" ] && [ -n "$DDP" ] || { echo "no tivora-mkddp or tivora-ddp in $1" >&2; exit 2; }
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+find_tools "$1"
 command -v ffmpeg >/dev/null || { echo "ffmpeg is missing (tools/install-deps.sh)" >&2; exit 2; }
-WORK=${WORK:-$(mktemp -d /tmp/tivora-analyze-bench.XXXXXX)}
-trap 'rm -rf "$WORK"' EXIT
+make_work analyze
 
-now() { date +%s.%N; }
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
-timed() { # command...
-    local start end
-    start=$(now)
-    "$@" >/dev/null 2>&1 || { echo failed; return; }
-    end=$(now)
-    echo "$end - $start" | bc -l
-}
 peak_kib() { # command...: the maximum resident set size in KiB
     /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F: '/Maximum resident set size/ { gsub(/ /, "", $2); print $2 }'
 }

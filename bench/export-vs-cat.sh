@@ -15,25 +15,16 @@ set -uo pipefail
 RUNS=${RUNS:-5}
 STREAMS=${STREAMS:-20}
 MINUTES=${MINUTES:-74}
-find_bin() { find "$1" -name "$2" -type f -perm -u+x | head -n1; }
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 MKDDP=$(find_bin "${!#}" tivora-mkddp)
 [ -n "$MKDDP" ] || { echo "no tivora-mkddp in ${!#}" >&2; exit 2; }
-WORK=${WORK:-$(mktemp -d /tmp/tivora-export-bench.XXXXXX)}
-trap 'rm -rf "$WORK"' EXIT
+make_work export
 
-now() { date +%s.%N; }
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
-
-# One timed run: the output is removed and the dirty pages written out
-# first, so every run starts alike; the time includes nothing else.
-timed() { # command...
+# Before each timed run the output is removed and the dirty pages written
+# out, so every run starts alike; the time includes nothing else.
+before_run() {
     rm -rf "$WORK/out" "$WORK/out.raw"
     sync
-    local start end
-    start=$(now)
-    "$@" >/dev/null 2>&1 || { echo failed; return; }
-    end=$(now)
-    echo "$end - $start" | bc -l
 }
 
 cat_image() { # disc folder

@@ -13,26 +13,16 @@ set -uo pipefail
 [ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
 RUNS=${RUNS:-3}
 MINUTES=${MINUTES:-74}
-find_bin() { find "$1" -name "$2" -type f -perm -u+x | head -n1; }
-MKDDP=$(find_bin "$1" tivora-mkddp)
-DDP=$(find_bin "$1" tivora-ddp)
-[ -n "$MKDDP" ] && [ -n "$DDP" ] || { echo "no tivora-mkddp or tivora-ddp in $1" >&2; exit 2; }
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+find_tools "$1"
 command -v flac >/dev/null || { echo "the flac command is needed (Debian package flac)" >&2; exit 2; }
-WORK=${WORK:-$(mktemp -d /tmp/tivora-flac-bench.XXXXXX)}
-trap 'rm -rf "$WORK"' EXIT
+make_work flac
 
-now() { date +%s.%N; }
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
-
-timed() { # command...
+# Every run starts with an empty output folder and the dirty pages written out.
+before_run() {
     rm -rf "$WORK/out"
     mkdir -p "$WORK/out"
     sync
-    local start end
-    start=$(now)
-    "$@" >/dev/null 2>&1 || { echo failed; return; }
-    end=$(now)
-    echo "$end - $start" | bc -l
 }
 
 flac_one_by_one() {

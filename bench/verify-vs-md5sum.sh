@@ -12,36 +12,22 @@ set -uo pipefail
 [ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
 RUNS=${RUNS:-5}
 MINUTES=${MINUTES:-74}
-find_bin() { find "$1" -name "$2" -type f -perm -u+x | head -n1; }
-MKDDP=$(find_bin "$1" tivora-mkddp)
-DDP=$(find_bin "$1" tivora-ddp)
-[ -n "$MKDDP" ] && [ -n "$DDP" ] || { echo "no tivora-mkddp or tivora-ddp in $1" >&2; exit 2; }
-WORK=${WORK:-$(mktemp -d /tmp/tivora-verify-bench.XXXXXX)}
-trap 'rm -rf "$WORK"' EXIT
-
-now() { date +%s.%N; }
-median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+find_tools "$1"
+make_work verify
 
 can_drop=0
 if [ -w /proc/sys/vm/drop_caches ] && sync && echo 3 >/proc/sys/vm/drop_caches 2>/dev/null; then
     can_drop=1
 fi
 
-# One timed run; a cold one drops the page cache first. The exit status is
-# checked: a run that does not verify the disc is no run.
-timed() { # cold(0|1) expected-status command...
-    local cold=$1 expected=$2; shift 2
-    if [ "$cold" = 1 ]; then
+# Each run of a cold set drops the page cache first.
+COLD=0
+before_run() {
+    if [ "$COLD" = 1 ]; then
         sync
         echo 3 >/proc/sys/vm/drop_caches
     fi
-    local start end status
-    start=$(now)
-    "$@" >/dev/null 2>&1
-    status=$?
-    end=$(now)
-    [ "$status" = "$expected" ] || { echo failed; return; }
-    echo "$end - $start" | bc -l
 }
 
 disc=$WORK/disc
@@ -50,12 +36,13 @@ bytes=$(cat "$disc"/* | wc -c)
 echo "== $MINUTES-minute disc: $bytes bytes in $(ls "$disc" | wc -l) files, median of $RUNS runs"
 
 run_set() { # label cold
-    local label=$1 cold=$2 m=() v=() i
+    local label=$1 m=() v=() i
+    COLD=$2
     cat "$disc"/* >/dev/null # warm (or, before a cold set, harmless)
     # Alternating, so that both see the same machine.
     for ((i = 0; i < RUNS; ++i)) {
-        m+=("$(timed "$cold" 0 sh -c "cd '$disc' && md5sum -c CHECKSUM.MD5")")
-        v+=("$(timed "$cold" 0 "$DDP" verify "$disc")")
+        m+=("$(timed sh -c "cd '$disc' && md5sum -c CHECKSUM.MD5")")
+        v+=("$(timed "$DDP" verify "$disc")")
     }
     if printf '%s\n' "${m[@]}" "${v[@]}" | grep -q failed; then
         echo "  $label: a run failed"
