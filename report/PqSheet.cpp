@@ -55,6 +55,7 @@ QVector<QPair<QString, QString>> PqSheet::headerFields() const
         {QStringLiteral("Total time"), totalTime},
         {QStringLiteral("Date"), date.toString(Qt::ISODate)},
         {QStringLiteral("Checksums"), checksums},
+        {QStringLiteral("Disc check"), discCheck},
         {QStringLiteral("Loudness"), discLoudness},
     };
     QVector<QPair<QString, QString>> shown;
@@ -119,8 +120,13 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
     sheet.date = inputs.date;
     sheet.checksums =
         inputs.verification ? verdictLine(*inputs.verification) : QStringLiteral("Not verified");
-    if (inputs.verification)
+    if (inputs.verification) {
         sheet.findings = inputs.verification->findings;
+        // Said outright, so that a sheet without findings reads as checked.
+        sheet.discCheck = findingsSummary(sheet.findings);
+        if (sheet.discCheck.isEmpty())
+            sheet.discCheck = QStringLiteral("No errors or warnings");
+    }
     sheet.files = inputs.files;
     if (inputs.loudness) {
         const LoudnessResult& disc = inputs.loudness->disc;

@@ -61,6 +61,7 @@ struct PqSheet
     QString totalTime; // the lead-out's start
     QDate date;
     QString checksums;    // the verification's verdict line, or "Not verified"
+    QString discCheck;    // "1 error, 2 warnings", "No errors or warnings"; empty when not checked
     QString discLoudness; // "-9.8 LUFS, LRA 5.1 LU, -0.3 dBTP", empty when not analysed
     std::vector<PqSheetRow> rows;
     std::vector<Finding> findings;

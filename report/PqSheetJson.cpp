@@ -39,6 +39,7 @@ QByteArray pqSheetJson(const PqSheet& sheet)
     root.insert(QStringLiteral("totalTime"), orNull(sheet.totalTime));
     root.insert(QStringLiteral("date"), sheet.date.toString(Qt::ISODate));
     root.insert(QStringLiteral("checksums"), sheet.checksums);
+    root.insert(QStringLiteral("discCheck"), orNull(sheet.discCheck));
     root.insert(QStringLiteral("discLoudness"), orNull(sheet.discLoudness));
 
     static const char* const kTextKeys[] = {"title",    "performer", "songwriter",
