@@ -67,7 +67,10 @@ public:
     {
         const qreal dpi = writer.resolution();
         m_pt = dpi / 72.0;
-        m_page = writer.pageLayout().paintRectPixels(writer.resolution());
+        // The writer's painter starts at the margins already: only the size
+        // of the printable area counts here.
+        m_page = QRectF(QPointF(0, 0),
+                        QSizeF(writer.pageLayout().paintRectPixels(writer.resolution()).size()));
         m_body = QFont(QStringLiteral("Liberation Sans"));
         m_body.setStyleHint(QFont::SansSerif);
         m_body.setPointSizeF(7.5);
@@ -263,9 +266,7 @@ private:
     void drawPage(QPainter& painter, std::size_t page)
     {
         qreal y = 0;
-        const QPointF origin = m_page.topLeft();
         painter.save();
-        painter.translate(origin);
         for (const Item& item : m_pages[page]) {
             switch (item.kind) {
             case Item::Title:

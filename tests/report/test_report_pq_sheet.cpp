@@ -149,6 +149,29 @@ private slots:
                      QString::number(pages - 1), pdf, QStringLiteral("-")}));
         QVERIFY2(last.contains(QStringLiteral("ISRC")), "the table's header is not repeated");
 
+        // Every word inside the 12 mm margins, on every page.
+        const QString boxes = QString::fromUtf8(runTool(
+            QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), pdf, QStringLiteral("-")}));
+        const double pageWidth = QRegularExpression(QStringLiteral("<page width=\"([0-9.]+)\""))
+                                     .match(boxes)
+                                     .captured(1)
+                                     .toDouble();
+        QVERIFY(pageWidth > 800); // A4 landscape, in points
+        const double margin = 12 / 25.4 * 72;
+        QRegularExpressionMatchIterator words =
+            QRegularExpression(QStringLiteral("xMin=\"([0-9.]+)\" yMin=\"[0-9.]+\" "
+                                              "xMax=\"([0-9.]+)\""))
+                .globalMatch(boxes);
+        int checked = 0;
+        while (words.hasNext()) {
+            const QRegularExpressionMatch word = words.next();
+            QVERIFY2(word.captured(1).toDouble() >= margin - 1 &&
+                         word.captured(2).toDouble() <= pageWidth - margin + 1,
+                     qPrintable(word.captured(0)));
+            ++checked;
+        }
+        QVERIFY(checked > 1000);
+
         const QString fonts = QString::fromUtf8(runTool(QStringLiteral("pdffonts"), {pdf}));
         const QStringList lines = fonts.split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(2);
         QVERIFY(!lines.isEmpty());
