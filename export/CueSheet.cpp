@@ -1,26 +1,14 @@
 #include "export/CueSheet.h"
 
-#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
+#include "ddp/DiscTexts.h"
 #include "ddp/PqTime.h"
-#include "export/TrackTags.h"
 
 #include <QStringList>
 
 #include <exception>
 
 namespace {
-
-QString cdText(const DDPModel& model, int track, CdTextRecord::SlotIndex slot)
-{
-    if (!model.hasCdText() || track < 0)
-        return {};
-    try {
-        return cdTextString(model.cdText(), static_cast<std::size_t>(track), slot).trimmed();
-    } catch (const std::exception&) {
-        return {};
-    }
-}
 
 QString quoted(QString text)
 {
@@ -44,7 +32,7 @@ void addText(QStringList& lines, const QString& indent, const DDPModel& model, i
                   {"PERFORMER", CdTextRecord::Performer},
                   {"SONGWRITER", CdTextRecord::Songwriter}};
     for (const auto& text : kTexts) {
-        const QString value = cdText(model, track, text.slot);
+        const QString value = trackText(model, track, text.slot);
         if (!value.isEmpty())
             lines.append(indent + QLatin1String(text.keyword) + QLatin1Char(' ') + quoted(value));
     }
@@ -65,7 +53,7 @@ std::uint64_t cueAudioBytes(const DDPModel& model)
 QByteArray cueSheet(const DDPModel& model, const QString& audioFileName, CueAudioFile kind)
 {
     QStringList lines;
-    const QString catalog = exportedUpcEan(model);
+    const QString catalog = discUpcEan(model, ZeroCodes::Skipped);
     // A catalog number is 13 digits; anything else would make burners refuse
     // the whole sheet.
     bool digits = catalog.size() == 13;

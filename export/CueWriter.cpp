@@ -26,37 +26,20 @@ QString CueWriter::audioPathFor(const QString& cuePath, CueAudioFile kind)
     return base + (kind == CueAudioFile::Wave ? QStringLiteral(".wav") : QStringLiteral(".bin"));
 }
 
-void CueWriter::process()
-{
-    Q_ASSERT(QThread::currentThread() == thread());
-    const QString message = run();
-    if (message.isEmpty())
-        emit finished();
-    else
-        emit failed(message);
-}
-
 QString CueWriter::run()
 {
     if (!m_model)
         return tr("No DDP is loaded.");
-    std::shared_ptr<const DiscImage> image = m_image;
-    if (!image) {
-        QString reason;
-        image = DiscImage::openFile(m_imagePath, &reason);
-        if (!image)
-            return tr("Could not open the audio image \"%1\": %2").arg(m_imagePath, reason);
-    }
+    QString error;
+    const std::shared_ptr<const DiscImage> image = openImage(&error);
+    if (!image)
+        return error;
     const QString audioPath = audioPathFor(m_outputPath, m_kind);
     for (const QString& path : {m_outputPath, audioPath}) {
-        const QString output = QFileInfo(path).canonicalFilePath();
-        for (const DiscImage::Segment& segment : image->segments()) {
-            if (!output.isEmpty() && segment.kind == DiscImage::Segment::Kind::File &&
-                QFileInfo(segment.path).canonicalFilePath() == output)
-                return tr("\"%1\" is the disc's audio image; choose another name for the cue "
-                          "sheet.")
-                    .arg(path);
-        }
+        if (isImageFile(*image, path))
+            return tr("\"%1\" is the disc's audio image; choose another name for the cue "
+                      "sheet.")
+                .arg(path);
     }
     const qint64 length = static_cast<qint64>(cueAudioBytes(*m_model));
     if (image->length() < static_cast<std::uint64_t>(length))
@@ -68,7 +51,7 @@ QString CueWriter::run()
             .arg(image->length());
 
     emit fileStarted(audioPath);
-    QString error = writeAudio(*image, audioPath, length);
+    error = writeAudio(*image, audioPath, length);
     if (!error.isEmpty())
         return error;
     emit fileWritten(audioPath);
@@ -107,12 +90,10 @@ QString CueWriter::writeAudio(const DiscImage& image, const QString& path, qint6
         const qint64 piece = std::min(kPieceSize, length - done);
         if (image.read(static_cast<std::uint64_t>(done), buffer.data(),
                        static_cast<std::uint64_t>(piece)) != static_cast<std::uint64_t>(piece))
-            return tr("Could not read the audio image \"%1\". It holds fewer bytes than when the "
-                      "export began, or the disk refused a read; \"%2\" was not written.")
-                .arg(m_imagePath, path);
+            return readFailure(path);
         if (part.file().write(buffer.data(), piece) != piece)
             return part.writeFailure(errno);
-        emit processed((done + piece) * 20000 / std::max<qint64>(length, 1));
+        emit processed(progressValue(done + piece, length));
     }
     return part.commit();
 }

@@ -23,11 +23,10 @@ public:
     // "NAME.bin" or "NAME.wav" beside "NAME.cue".
     static QString audioPathFor(const QString& cuePath, CueAudioFile kind);
 
-public slots:
-    void process() override;
+protected:
+    QString run() override;
 
 private:
-    QString run();
     QString writeAudio(const DiscImage& image, const QString& path, qint64 length);
 
     // Written before process() and then only read.

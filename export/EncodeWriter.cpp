@@ -44,16 +44,6 @@ EncodeWriter::EncodeWriter(ExportFormat format, QString outputPath, QString imag
       m_model(std::move(model)), m_entry(entryIndex)
 {}
 
-void EncodeWriter::process()
-{
-    Q_ASSERT(QThread::currentThread() == thread());
-    const QString message = run();
-    if (message.isEmpty())
-        emit finished();
-    else
-        emit failed(message);
-}
-
 QString EncodeWriter::prepareJobs(const DiscImage& image, std::vector<Job>& jobs)
 {
     const DDPModel& model = *m_model;
@@ -73,42 +63,18 @@ QString EncodeWriter::prepareJobs(const DiscImage& image, std::vector<Job>& jobs
         Job job;
         job.path = paths.at(static_cast<int>(n));
         job.ordinal = static_cast<int>(n) + 1;
-        try {
-            const TrackRange range = trackRange(model.entries(), entries[n]);
-            job.start = range.start;
-            job.end = range.end;
-        } catch (const std::exception& e) {
-            return tr("The end of the track for \"%1\" is not in the PQ descriptor (%2).")
-                .arg(job.path, QString::fromStdString(e.what()));
-        }
+        const QString error = trackBytes(model, entries[n], job.path, job.start, job.end);
+        if (!error.isEmpty())
+            return error;
         // A track that starts where the next one does has no audio.
         if (job.start == job.end) {
             emit trackSkipped(job.path);
             continue;
         }
-        if (job.start < 0 || job.end < job.start)
-            return tr("The track's range in the image is not valid (bytes %1 to %2).")
-                .arg(job.start)
-                .arg(job.end);
-        // A track the image does not hold in full would be encoded as
-        // silence behind a success.
-        if (image.length() < static_cast<std::uint64_t>(job.end))
-            return tr("\"%1\" was not written: the track needs bytes %2 to %3 of the audio "
-                      "image \"%4\", which holds only %5 bytes.")
-                .arg(job.path)
-                .arg(job.start)
-                .arg(job.end)
-                .arg(m_imagePath)
-                .arg(image.length());
-        // Writing over the image would destroy the master.
-        const QString output = QFileInfo(job.path).canonicalFilePath();
-        for (const DiscImage::Segment& segment : image.segments()) {
-            if (!output.isEmpty() && segment.kind == DiscImage::Segment::Kind::File &&
-                QFileInfo(segment.path).canonicalFilePath() == output)
-                return tr("\"%1\" is the disc's audio image; choose another name for the %2 "
-                          "file.")
-                    .arg(job.path, formatName(m_format));
-        }
+        const QString trackError =
+            checkTrack(image, job.path, job.start, job.end, formatName(m_format));
+        if (!trackError.isEmpty())
+            return trackError;
         job.tags = trackTags(model, entries[n], total);
         jobs.push_back(job);
     }
@@ -119,15 +85,12 @@ QString EncodeWriter::run()
 {
     if (!m_model)
         return tr("No DDP is loaded.");
-    std::shared_ptr<const DiscImage> image = m_image;
-    if (!image) {
-        QString reason;
-        image = DiscImage::openFile(m_imagePath, &reason);
-        if (!image)
-            return tr("Could not open the audio image \"%1\": %2").arg(m_imagePath, reason);
-    }
+    QString error;
+    const std::shared_ptr<const DiscImage> image = openImage(&error);
+    if (!image)
+        return error;
     std::vector<Job> jobs;
-    const QString error = prepareJobs(*image, jobs);
+    error = prepareJobs(*image, jobs);
     if (!error.isEmpty())
         return error;
     qint64 total = 0;
@@ -164,7 +127,7 @@ QString EncodeWriter::run()
         if (QThread::currentThread()->isInterruptionRequested())
             m_stop = true;
         deliverEvents(count);
-        const qint64 value = total > 0 ? m_bytesDone * 20000 / total : 0;
+        const qint64 value = progressValue(m_bytesDone, total);
         if (value != shown) {
             shown = value;
             emit processed(value);
@@ -199,9 +162,7 @@ QString EncodeWriter::encodeTrack(const DiscImage& image, const Job& job)
         const qint64 piece = std::min(kBlockSize, length - done);
         if (image.read(static_cast<std::uint64_t>(job.start + done), block.data(),
                        static_cast<std::uint64_t>(piece)) != static_cast<std::uint64_t>(piece))
-            return tr("Could not read the audio image \"%1\". It holds fewer bytes than when the "
-                      "export began, or the disk refused a read; \"%2\" was not written.")
-                .arg(m_imagePath, job.path);
+            return readFailure(job.path);
         error = encoder->encode(block.data(), piece);
         m_bytesDone += piece;
     }

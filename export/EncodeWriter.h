@@ -18,7 +18,8 @@ class DDPModel;
 // into a folder under the names the WAV export gives them (with the format's
 // extension). Tracks are encoded in parallel, one thread a core, each file
 // under its own temporary name until complete; the first failure stops the
-// others and removes their unfinished files. Like the other workers it runs
+// others and removes their unfinished files. trackStarted comes when a
+// track's encoding starts. Like the other workers it runs
 // on the exporter's thread, or on the command line's main thread; its
 // signals come from that thread only.
 //
@@ -39,15 +40,8 @@ public:
     // Threads used at most; by default the machine's cores.
     void setThreadCount(int count) { m_threadCount = count; }
 
-signals:
-    // When a track's encoding starts: its place in the export (from 1) and
-    // the count.
-    void trackStarted(int ordinal, int count);
-    // Instead of a file for a track of no length.
-    void trackSkipped(const QString& path);
-
-public slots:
-    void process() override;
+protected:
+    QString run() override;
 
 private:
     struct Job
@@ -70,7 +64,6 @@ private:
         QString path;
     };
 
-    QString run();
     QString prepareJobs(const DiscImage& image, std::vector<Job>& jobs);
     QString encodeTrack(const DiscImage& image, const Job& job);
     void post(Event event);

@@ -5,9 +5,6 @@
 #include "export/TrackRange.h"
 
 #include <QDir>
-#include <QThread>
-
-#include <exception>
 
 FileWriterAllTracks::FileWriterAllTracks(QString outputFolder, QString imagePath,
                                          std::shared_ptr<DDPModel> model, QObject* parent)
@@ -15,17 +12,7 @@ FileWriterAllTracks::FileWriterAllTracks(QString outputFolder, QString imagePath
       m_outputFolder(std::move(outputFolder)), m_model(std::move(model))
 {}
 
-void FileWriterAllTracks::process()
-{
-    Q_ASSERT(QThread::currentThread() == thread());
-    const QString message = exportAll();
-    if (message.isEmpty())
-        emit finished();
-    else
-        emit failed(message);
-}
-
-QString FileWriterAllTracks::exportAll()
+QString FileWriterAllTracks::run()
 {
     if (!m_model)
         return tr("No DDP is loaded.");
@@ -38,14 +25,9 @@ QString FileWriterAllTracks::exportAll()
         emit trackStarted(static_cast<int>(n) + 1, static_cast<int>(tracks.size()));
         m_bytesProcessed = 0;
         m_outputPath = folder.filePath(names.at(static_cast<int>(n)));
-        try {
-            const TrackRange range = trackRange(m_model->entries(), tracks[n]);
-            m_start = range.start;
-            m_end = range.end;
-        } catch (const std::exception& e) {
-            return tr("The end of the track for \"%1\" is not in the PQ descriptor (%2).")
-                .arg(m_outputPath, QString::fromStdString(e.what()));
-        }
+        const QString error = trackBytes(*m_model, tracks[n], m_outputPath, m_start, m_end);
+        if (!error.isEmpty())
+            return error;
         // A track that starts where the next one does has no audio; a WAV of
         // nothing but a header would only look like a fault.
         if (m_start == m_end) {

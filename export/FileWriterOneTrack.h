@@ -10,6 +10,6 @@ class FileWriterOneTrack : public FileWriter
 public:
     using FileWriter::FileWriter;
 
-public slots:
-    void process() override;
+protected:
+    QString run() override { return copyRange(); }
 };

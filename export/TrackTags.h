@@ -24,8 +24,3 @@ struct TrackTags
 // The tags of the track whose index-1 entry is `entryIndex`. `trackTotal` is
 // the number of tracks the export writes.
 TrackTags trackTags(const DDPModel& model, std::size_t entryIndex, int trackTotal);
-
-// The disc's UPC/EAN as tags and cue sheets carry it: the album's CD-Text
-// code, else the first PQ entry that carries one, else the DDPID's; empty
-// when all are blank or zeros (a barcode of zeros is no barcode).
-QString exportedUpcEan(const DDPModel& model);

@@ -3,16 +3,20 @@
 #include "ExportTestSupport.h"
 
 #include "ddp/CheckedAccess.h"
+#include "ddp/DiscTexts.h"
+#include "export/CueSheet.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
 #include "export/TrackRange.h"
+#include "export/TrackTags.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
+#include <cstring>
 #include <sys/resource.h>
 
 using namespace exporttest;
@@ -124,6 +128,56 @@ private slots:
 #else
                  QStringLiteral("AC_DC: Live?"));
 #endif
+    }
+
+    // A UPC/EAN of zeros stands for "no code": tags and the cue sheet's
+    // CATALOG pass over it to the next place that holds one, while the window
+    // shows the disc as it is. Blank or NUL padding is no code for either.
+    void barcodeOfZeros()
+    {
+        const auto model = makeModel(discWithIndexes());
+        const auto setPqCode = [&](const std::string& code) {
+            std::vector<PqEntry> entries = model->entries();
+            for (PqEntry& e : entries)
+                std::copy(code.begin(), code.end(), e.bytes.begin() + 32);
+            model->setEntries(entries);
+        };
+        const auto exported = [&] {
+            const QString tag = trackTags(*model, 2, 3).barcode;
+            const QByteArray sheet =
+                cueSheet(*model, QStringLiteral("X.bin"), CueAudioFile::Binary);
+            const bool inSheet = tag.isEmpty()
+                                     ? !sheet.contains("CATALOG")
+                                     : sheet.contains("CATALOG " + tag.toLatin1() + "\r\n");
+            return inSheet ? tag : QStringLiteral("(the cue sheet differs)");
+        };
+        const QString zeros = QStringLiteral("0000000000000");
+
+        model->setDdpIdUpcEan("4006381333931");
+        setPqCode(zeros.toStdString());
+        QCOMPARE(exported(), QStringLiteral("4006381333931"));
+        QCOMPARE(discUpcEan(*model), zeros);
+
+        setPqCode(std::string(13, '\0'));
+        model->setDdpIdUpcEan(zeros.toStdString());
+        QCOMPARE(exported(), QString());
+        QCOMPARE(discUpcEan(*model), zeros);
+
+        // CD-Text's code comes first, unless it is zeros.
+        setPqCode("5012345678900");
+        CdTextRecord record = titles({"A", "B", "C"});
+        const auto setTextCode = [&](const char* code) {
+            CdTextRecord::Slot& slot = record.tracks[0][CdTextRecord::Code];
+            slot.fill(0);
+            std::copy(code, code + std::strlen(code), slot.begin());
+            model->setCdText(record);
+        };
+        setTextCode("0000000000000");
+        QCOMPARE(exported(), QStringLiteral("5012345678900"));
+        QCOMPARE(discUpcEan(*model), zeros);
+        setTextCode("4006381333931");
+        QCOMPARE(exported(), QStringLiteral("4006381333931"));
+        QCOMPARE(discUpcEan(*model), QStringLiteral("4006381333931"));
     }
 
     void copiesRangeUnchanged_data()
