@@ -46,6 +46,17 @@ std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks, q
     return parts;
 }
 
+std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks,
+                                         const std::vector<PqEntry>& entries)
+{
+    const qint64 leadOut =
+        entries.size() >= 2
+            ? static_cast<qint64>(
+                  entries[entries.size() - leadOutEntryCount(entries)].bytePosition())
+            : 0;
+    return programmeParts(tracks, leadOut);
+}
+
 DiscLoudness combineParts(const std::vector<AnalysisPart>& parts,
                           const std::vector<std::unique_ptr<RangeMeter>>& meters)
 {

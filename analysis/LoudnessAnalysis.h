@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analysis/LoudnessResult.h"
+#include "ddp/PqEntry.h"
 
 #include <QtGlobal>
 
@@ -33,6 +34,10 @@ struct TrackSpan
     qint64 end = 0;
 };
 std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks, qint64 leadOut);
+// The same with the lead-out where the disc's PQ entries put it (0 for a
+// descriptor too short to have one).
+std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks,
+                                         const std::vector<PqEntry>& entries);
 
 struct AnalysisOptions
 {

@@ -47,3 +47,17 @@ std::vector<std::size_t> exportedTrackEntries(const DDPModel& model)
     }
     return result;
 }
+
+std::vector<ExportedTrack> exportedTracks(const DDPModel& model)
+{
+    std::vector<ExportedTrack> tracks;
+    for (std::size_t entry : exportedTrackEntries(model)) {
+        ExportedTrack track{entry, std::nullopt};
+        try {
+            track.range = trackRange(model.entries(), entry);
+        } catch (const std::exception&) {
+        }
+        tracks.push_back(track);
+    }
+    return tracks;
+}

@@ -5,6 +5,7 @@
 #include <QtGlobal>
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 class DDPModel;
@@ -36,3 +37,12 @@ std::size_t entryIndexForRow(const DDPModel& model, int row);
 // two, or the last one when the descriptor closes with a single "AA").
 // Entries whose index does not parse are skipped.
 std::vector<std::size_t> exportedTrackEntries(const DDPModel& model);
+
+// One track of exportedTrackEntries() with its bytes; no range when the PQ
+// descriptor gives it no readable end.
+struct ExportedTrack
+{
+    std::size_t entry = 0;
+    std::optional<TrackRange> range;
+};
+std::vector<ExportedTrack> exportedTracks(const DDPModel& model);

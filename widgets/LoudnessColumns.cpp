@@ -43,22 +43,22 @@ void LoudnessColumns::start(const std::shared_ptr<DDPModel>& model,
         // The player's first track, set here too: the analysis may start
         // before the player has the model.
         disc.setFirstTrackNumber(disc.isFirstRowPause() ? 1 : 2);
-        for (std::size_t entry : exportedTrackEntries(disc)) {
-            const TrackRange range = trackRange(disc.entries(), entry);
-            spans.push_back({range.start, range.end});
-            m_rows.push_back(int(entry) - int(disc.firstTrackNumber()));
-        }
     } catch (const std::exception&) {
-        m_rows.clear();
-        return; // a disc whose tracks cannot be told apart has nothing to measure
+        return;
+    }
+    for (const ExportedTrack& track : exportedTracks(disc)) {
+        if (!track.range) {
+            m_rows.clear();
+            return; // a disc whose tracks cannot be told apart has nothing to measure
+        }
+        spans.push_back({track.range->start, track.range->end});
+        m_rows.push_back(int(track.entry) - int(disc.firstTrackNumber()));
     }
     if (spans.empty())
         return;
-    const std::vector<PqEntry>& entries = disc.entries();
-    const qint64 leadOut = byteOffset(entries[entries.size() - leadOutEntryCount(entries)]);
     if (m_infoBox)
         m_infoBox->loudnessLabel()->setText(tr("measuring…"));
-    m_analyzer.start(std::move(image), programmeParts(spans, leadOut));
+    m_analyzer.start(std::move(image), programmeParts(spans, disc.entries()));
 }
 
 void LoudnessColumns::cancel()

@@ -35,6 +35,21 @@ std::vector<AnalysisPart> partsOf(const mkddp::DiscSpec& spec)
     return programmeParts(tracks, at);
 }
 
+// A PQ entry for track `track` ("01", "AA") and index at whole seconds.
+PqEntry pq(const char* track, int index, int seconds)
+{
+    // Track, index, hours, minutes, seconds, frames.
+    const std::string text = QStringLiteral("VVVS%1%2%3%4%5%6")
+                                 .arg(QLatin1String(track))
+                                 .arg(index, 2, 10, QLatin1Char('0'))
+                                 .arg(0, 2, 10, QLatin1Char('0'))
+                                 .arg(seconds / 60, 2, 10, QLatin1Char('0'))
+                                 .arg(seconds % 60, 2, 10, QLatin1Char('0'))
+                                 .arg(0, 2, 10, QLatin1Char('0'))
+                                 .toStdString();
+    return PqEntry::fromBytes(text);
+}
+
 std::vector<qint16> samplesOf(int kind, qint64 frames)
 {
     std::vector<qint16> out(std::size_t(2 * frames));
@@ -140,6 +155,26 @@ private slots:
         QCOMPARE(result.disc.clippedRuns, qint64(mkddp::KnownSignals::kClippedRuns));
         // Not a mean of the tracks' figures: the loud track dominates.
         QVERIFY(result.disc.integrated > -1.0);
+    }
+
+    // The programme runs to the lead-out however the descriptor closes: the
+    // last track's tail after its span (here a hidden gap) is measured for
+    // the disc, and a descriptor without a lead-out adds nothing past it.
+    void programmeEndsAtTheLeadOut()
+    {
+        const std::vector<TrackSpan> tracks{{2 * 176400, 10 * 176400}};
+        const std::vector<PqEntry> pair{pq("00", 0, 0), pq("01", 1, 2), pq("AA", 1, 12),
+                                        pq("AA", 0, 12)};
+        const std::vector<PqEntry> single{pq("00", 0, 0), pq("01", 1, 2), pq("AA", 1, 12)};
+        for (const std::vector<PqEntry>& entries : {pair, single}) {
+            const std::vector<AnalysisPart> parts = programmeParts(tracks, entries);
+            QCOMPARE(parts.size(), std::size_t(2));
+            QCOMPARE(parts[1].start, qint64(10 * 176400));
+            QCOMPARE(parts[1].end, qint64(12 * 176400));
+            QVERIFY(!parts[1].isTrack);
+        }
+        QCOMPARE(programmeParts(tracks, std::vector<PqEntry>{pq("01", 1, 2)}).size(),
+                 std::size_t(1));
     }
 
     // Windows and runs do not depend on how the audio is cut into blocks.

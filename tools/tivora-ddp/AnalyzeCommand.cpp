@@ -1,13 +1,12 @@
 // tivora-ddp analyze [--json] PATH: loudness and true peak of every track and
 // of the disc, measured as the window measures them, for checking a master
 // without a display.
+#include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
-#include "tools/tivora-ddp/InfoReport.h"
 #include "tools/tivora-ddp/TerminalText.h"
 
 #include "analysis/LoudnessAnalysis.h"
 #include "analysis/LoudnessText.h"
-#include "ddp/ErrorTexts.h"
 #include "export/TrackRange.h"
 
 #include <QJsonArray>
@@ -15,31 +14,10 @@
 #include <QJsonObject>
 
 #include <cstdio>
-#include <exception>
 
 #include <unistd.h>
 
 namespace {
-
-int usage()
-{
-    std::fputs("usage: tivora-ddp analyze [--json] PATH\n", stderr);
-    return 2;
-}
-
-int fail(const QString& message)
-{
-    const QByteArray text =
-        QStringLiteral("tivora-ddp analyze: %1\n").arg(terminalText(message)).toLocal8Bit();
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
-    return 1;
-}
-
-void write(const QByteArray& text)
-{
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
-    std::fflush(stdout);
-}
 
 struct Track
 {
@@ -51,15 +29,13 @@ struct Track
 std::vector<Track> tracksOf(const DDPModel& model)
 {
     std::vector<Track> tracks;
-    for (std::size_t entry : exportedTrackEntries(model)) {
-        try {
-            const TrackRange range = trackRange(model.entries(), entry);
-            const std::string_view text = model.entries()[entry].trackText();
-            tracks.push_back({QString::fromLatin1(text.data(), int(text.size())).trimmed(),
-                              TrackSpan{range.start, range.end}});
-        } catch (const std::exception&) {
-            // A track without a readable end has no range to measure.
-        }
+    for (const ExportedTrack& track : exportedTracks(model)) {
+        // A track without a readable end has no range to measure.
+        if (!track.range)
+            continue;
+        const std::string_view text = model.entries()[track.entry].trackText();
+        tracks.push_back({QString::fromLatin1(text.data(), int(text.size())).trimmed(),
+                          TrackSpan{track.range->start, track.range->end}});
     }
     return tracks;
 }
@@ -111,45 +87,21 @@ QString textTable(const std::vector<Track>& tracks, const DiscLoudness& result)
 
 int runAnalyze(const QStringList& args)
 {
-    bool json = false;
-    QString path;
-    for (const QString& arg : args) {
-        if (arg == QLatin1String("--json"))
-            json = true;
-        else if (arg.startsWith(QLatin1String("--")) || !path.isEmpty())
-            return usage();
-        else
-            path = arg;
-    }
-    if (path.isEmpty())
-        return usage();
-
-    const InfoReport report = makeInfoReport(path);
-    if (report.result.kind != ErrorKind::NoError)
-        return fail(
-            errorTitle(report.result.kind) +
-            (report.result.message.empty()
-                 ? QString()
-                 : QStringLiteral(" (%1)").arg(QString::fromStdString(report.result.message))));
-    DDPModel& model = *report.model;
-    try {
-        model.setFirstTrackNumber(model.isFirstRowPause() ? 1 : 2);
-    } catch (const std::exception&) {
-        return fail(QStringLiteral("The DDP has no tracks."));
-    }
-    LoadResult imageError;
-    const std::shared_ptr<const DiscImage> image = openReportImage(report, &imageError);
+    const std::optional<PathArguments> arguments = parsePathArguments(args);
+    if (!arguments)
+        return usageError("tivora-ddp analyze [--json] PATH");
+    const bool json = arguments->json;
+    InfoReport report;
+    QString error;
+    const std::shared_ptr<const DiscImage> image =
+        loadDiscAndImage(arguments->path, report, &error);
     if (!image)
-        return fail(QStringLiteral("The audio image cannot be read (%1).")
-                        .arg(QString::fromStdString(imageError.message)));
+        return commandFailed("analyze", error);
 
-    const std::vector<Track> tracks = tracksOf(model);
+    const std::vector<Track> tracks = tracksOf(*report.model);
     std::vector<TrackSpan> spans;
     for (const Track& track : tracks)
         spans.push_back(track.span);
-    const std::vector<PqEntry>& entries = model.entries();
-    const qint64 leadOut =
-        entries.size() >= 2 ? byteOffset(entries[entries.size() - leadOutEntryCount(entries)]) : 0;
 
     const bool terminal = isatty(fileno(stderr)) != 0;
     AnalysisOptions options;
@@ -164,7 +116,7 @@ int runAnalyze(const QStringList& args)
     };
     const std::atomic<bool> never{false};
     const DiscLoudness result =
-        analyzeLoudness(*image, programmeParts(spans, leadOut), never, options);
+        analyzeLoudness(*image, programmeParts(spans, report.model->entries()), never, options);
     if (shown >= 0)
         std::fputs("\r              \r", stderr);
 
@@ -177,9 +129,9 @@ int runAnalyze(const QStringList& args)
         }
         const QJsonObject object{{QStringLiteral("tracks"), list},
                                  {QStringLiteral("disc"), loudnessJson(result.disc)}};
-        write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+        writeOut(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
     } else {
-        write(textTable(tracks, result).toUtf8());
+        writeOut(textTable(tracks, result).toUtf8());
     }
     return 0;
 }

@@ -2,12 +2,11 @@
 // reference CD, with the disc's audio beside it as OUT.bin (raw samples, the
 // default) or OUT.wav. Burning the pair gives the disc's tracks, indexes,
 // ISRCs, flags and CD-Text again.
+#include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
-#include "tools/tivora-ddp/InfoReport.h"
 #include "tools/tivora-ddp/TerminalText.h"
 
 #include "ddp/DdpFileLookup.h"
-#include "ddp/ErrorTexts.h"
 #include "export/CueWriter.h"
 
 #include <QDir>
@@ -19,26 +18,12 @@ namespace {
 
 int usage()
 {
-    std::fputs("usage: tivora-ddp cue PATH OUT.cue [--bin | --wav]\n", stderr);
-    return 2;
+    return usageError("tivora-ddp cue PATH OUT.cue [--bin | --wav]");
 }
 
 int fail(const QString& message)
 {
-    const QByteArray text =
-        QStringLiteral("tivora-ddp cue: %1\n").arg(terminalText(message)).toLocal8Bit();
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
-    return 1;
-}
-
-QString loadFailure(const LoadResult& result)
-{
-    const QString text = plainErrorText(result.kind).trimmed();
-    QString line =
-        errorTitle(result.kind) + QStringLiteral(": ") + text.left(text.indexOf(QLatin1Char('\n')));
-    if (!result.message.empty())
-        line += QStringLiteral(" (%1)").arg(QString::fromStdString(result.message));
-    return line;
+    return commandFailed("cue", message);
 }
 
 } // namespace
@@ -67,15 +52,12 @@ int runCue(const QStringList& args)
 
     const InfoReport report = makeInfoReport(positional[0]);
     if (report.result.kind != ErrorKind::NoError)
-        return fail(loadFailure(report.result));
+        return fail(loadErrorLine(report.result));
     const QString image = ddpFileNameFromBytes(report.model->imageFileName());
     LoadResult imageError;
     const std::shared_ptr<const DiscImage> disc = openReportImage(report, &imageError);
-    if (!disc && imageError.kind == ErrorKind::ArchiveInvalid)
-        return fail(loadFailure(imageError));
     if (!disc)
-        return fail(QStringLiteral("The audio image \"%1\" is missing (%2).")
-                        .arg(image, QString::fromStdString(imageError.message)));
+        return fail(imageMissing(imageError, image));
 
     const QString cuePath = QFileInfo(positional[1]).absoluteFilePath();
     CueWriter writer(cuePath, kind, image, report.model);

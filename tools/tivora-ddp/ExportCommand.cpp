@@ -3,13 +3,12 @@
 // names. Without --track every track is written as "Export as WAV" writes
 // them; with it, the track whose number is N. FLAC and MP3 tracks are encoded
 // in parallel, tagged from the CD-Text and the PQ entries.
+#include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
 #include "tools/tivora-ddp/ExportProgressLine.h"
-#include "tools/tivora-ddp/InfoReport.h"
 #include "tools/tivora-ddp/TerminalText.h"
 
 #include "ddp/DdpFileLookup.h"
-#include "ddp/ErrorTexts.h"
 #include "ddp/ImageLayout.h"
 #include "export/EncodeWriter.h"
 #include "export/ExportFileName.h"
@@ -29,31 +28,9 @@
 
 namespace {
 
-int usage()
-{
-    std::fputs("usage: tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]\n",
-               stderr);
-    return 2;
-}
-
 int fail(const QString& message)
 {
-    const QByteArray text =
-        QStringLiteral("tivora-ddp export: %1\n").arg(terminalText(message)).toLocal8Bit();
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
-    return 1;
-}
-
-// One line: the dialog's title and the first sentence of its text, then the
-// loader's own words when it has any.
-QString loadFailure(const LoadResult& result)
-{
-    const QString text = plainErrorText(result.kind).trimmed();
-    QString line =
-        errorTitle(result.kind) + QStringLiteral(": ") + text.left(text.indexOf(QLatin1Char('\n')));
-    if (!result.message.empty())
-        line += QStringLiteral(" (%1)").arg(QString::fromStdString(result.message));
-    return line;
+    return commandFailed("export", message);
 }
 
 struct Arguments
@@ -122,19 +99,14 @@ int runExport(const QStringList& args)
 {
     const std::optional<Arguments> arguments = parse(args);
     if (!arguments)
-        return usage();
+        return usageError("tivora-ddp export PATH OUTDIR [--track N] [--format wav|flac|mp3]");
 
     const InfoReport report = makeInfoReport(arguments->path);
     if (report.result.kind != ErrorKind::NoError)
-        return fail(loadFailure(report.result));
+        return fail(loadErrorLine(report.result));
     DDPModel& model = *report.model;
-    // The same first track as the player's load: the entry list's offset of
-    // the first table row.
-    try {
-        model.setFirstTrackNumber(model.isFirstRowPause() ? 1 : 2);
-    } catch (const std::exception&) {
+    if (!setPlayerFirstTrack(model))
         return fail(QStringLiteral("The DDP has no tracks."));
-    }
 
     const QString image = ddpFileNameFromBytes(model.imageFileName());
     LoadResult imageError;
@@ -153,11 +125,8 @@ int runExport(const QStringList& args)
         });
     if (shownPercent >= 0)
         std::fputs("\n", stderr);
-    if (!disc && imageError.kind == ErrorKind::ArchiveInvalid)
-        return fail(loadFailure(imageError));
     if (!disc)
-        return fail(QStringLiteral("The audio image \"%1\" is missing (%2).")
-                        .arg(image, QString::fromStdString(imageError.message)));
+        return fail(imageMissing(imageError, image));
     const QString outDir = QFileInfo(arguments->outDir).absoluteFilePath();
     if (!QDir().mkpath(outDir))
         return fail(QStringLiteral("Could not create the folder \"%1\".").arg(outDir));
@@ -189,30 +158,21 @@ int runExport(const QStringList& args)
         }
         worker->setImage(disc);
     } else if (arguments->format != ExportFormat::Wav) {
-        auto all = std::make_unique<EncodeWriter>(arguments->format, outDir, image, report.model);
-        all->setImage(disc);
-        QObject::connect(all.get(), &EncodeWriter::trackStarted, [&](int o, int c) {
-            ordinal = o;
-            count = c;
-        });
-        QObject::connect(all.get(), &EncodeWriter::trackSkipped, [](const QString& path) {
-            printListLine(QStringLiteral("skipped (empty track): ") + path);
-        });
-        worker = std::move(all);
+        worker = std::make_unique<EncodeWriter>(arguments->format, outDir, image, report.model);
+        worker->setImage(disc);
     } else {
-        auto all = std::make_unique<FileWriterAllTracks>(outDir, image, report.model);
-        all->setImage(disc);
-        QObject::connect(all.get(), &FileWriterAllTracks::trackStarted, [&](int o, int c) {
-            ordinal = o;
-            count = c;
-        });
-        // In the file list, so that every track has its line: written files
-        // are absolute paths, a skipped one never starts like one.
-        QObject::connect(all.get(), &FileWriterAllTracks::trackSkipped, [](const QString& path) {
-            printListLine(QStringLiteral("skipped (empty track): ") + path);
-        });
-        worker = std::move(all);
+        worker = std::make_unique<FileWriterAllTracks>(outDir, image, report.model);
+        worker->setImage(disc);
     }
+    QObject::connect(worker.get(), &FileWriter::trackStarted, [&](int o, int c) {
+        ordinal = o;
+        count = c;
+    });
+    // In the file list, so that every track has its line: written files
+    // are absolute paths, a skipped one never starts like one.
+    QObject::connect(worker.get(), &FileWriter::trackSkipped, [](const QString& path) {
+        printListLine(QStringLiteral("skipped (empty track): ") + path);
+    });
 
     // The worker runs right here on the main thread, so its signals arrive
     // at once.

@@ -3,8 +3,8 @@
 // the rules a plant applies. Exit status 0 when every listed file matches
 // and no finding is an error, 1 otherwise (or when the DDP does not load),
 // 3 when there is no checksum file to verify and no error.
+#include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
-#include "tools/tivora-ddp/InfoReport.h"
 #include "tools/tivora-ddp/TerminalText.h"
 
 #include "ddp/ErrorTexts.h"
@@ -15,40 +15,14 @@
 #include <QJsonObject>
 #include <QStringList>
 
-#include <cstdio>
-
-namespace {
-
-int usage()
-{
-    std::fputs("usage: tivora-ddp verify [--json] PATH\n", stderr);
-    return 2;
-}
-
-void write(const QByteArray& bytes)
-{
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
-    std::fflush(stdout);
-}
-
-} // namespace
-
 int runVerify(const QStringList& args)
 {
-    bool json = false;
-    QString path;
-    for (const QString& arg : args) {
-        if (arg == QLatin1String("--json"))
-            json = true;
-        else if (arg.startsWith(QLatin1String("--")) || !path.isEmpty())
-            return usage();
-        else
-            path = arg;
-    }
-    if (path.isEmpty())
-        return usage();
+    const std::optional<PathArguments> arguments = parsePathArguments(args);
+    if (!arguments)
+        return usageError("tivora-ddp verify [--json] PATH");
+    const bool json = arguments->json;
 
-    InfoReport report = makeInfoReport(path);
+    InfoReport report = makeInfoReport(arguments->path);
     addVerification(report);
     // A DDP that does not load has nothing to verify: the load's error is
     // the answer. One without its image still has checksums to check.
@@ -65,7 +39,7 @@ int runVerify(const QStringList& args)
             object.insert(QStringLiteral("checksums"), checksumsJson(*report.verification));
             object.insert(QStringLiteral("findings"), findingsJson(*report.verification));
         }
-        write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+        writeOut(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
         return status;
     }
     if (!loaded) {
@@ -75,7 +49,7 @@ int runVerify(const QStringList& args)
         if (!report.result.message.empty())
             text += QStringLiteral("Message: %1\n")
                         .arg(terminalText(QString::fromStdString(report.result.message)));
-        write(text.toUtf8());
+        writeOut(text.toUtf8());
         return status;
     }
     // Names come from the disc: each line goes to the terminal escaped.
@@ -84,6 +58,6 @@ int runVerify(const QStringList& args)
         QString::fromUtf8(verificationText(*report.verification)).split(QLatin1Char('\n'));
     for (int i = 0; i + 1 < lines.size(); ++i)
         text += terminalText(lines[i]) + QLatin1Char('\n');
-    write(text.toUtf8());
+    writeOut(text.toUtf8());
     return status;
 }
