@@ -13,6 +13,8 @@
 #include "report/PqSheetRender.h"
 #include "verify/Verification.h"
 
+#include <optional>
+
 namespace {
 
 int fail(const QString& message)
@@ -22,13 +24,15 @@ int fail(const QString& message)
 
 // The disc's programme as the window measures it: every exported track and
 // the pauses between them.
-DiscLoudness measure(const DDPModel& model, const DiscImage& image)
+// The disc's programme as the window measures it; nothing when a track has
+// no readable end, as in the window: its figures would land on the wrong rows.
+std::optional<DiscLoudness> measure(const DDPModel& model, const DiscImage& image)
 {
     std::vector<TrackSpan> spans;
     for (const ExportedTrack& track : exportedTracks(model)) {
-        // No readable end: nothing to measure, but the track keeps its place.
-        spans.push_back(track.range ? TrackSpan{track.range->start, track.range->end}
-                                    : TrackSpan{0, 0});
+        if (!track.range)
+            return std::nullopt;
+        spans.push_back({track.range->start, track.range->end});
     }
     const std::atomic<bool> never{false};
     return analyzeLoudness(image, programmeParts(spans, model.entries()), never);
@@ -55,10 +59,10 @@ int runPqSheet(const QStringList& args)
     const DDPModel& model = *report.model;
 
     addVerification(report);
-    const DiscLoudness loudness = measure(model, *image);
+    const std::optional<DiscLoudness> loudness = measure(model, *image);
     PqSheetInputs inputs;
     inputs.verification = report.verification.get();
-    inputs.loudness = &loudness;
+    inputs.loudness = loudness ? &*loudness : nullptr;
     const FolderFileSource folder(report.folder);
     const IDdpFileSource& source =
         report.archive ? static_cast<const IDdpFileSource&>(*report.archive) : folder;
