@@ -111,6 +111,13 @@ cl_version=$(zcat "$R/share/doc/tivora/changelog.gz" | sed -n '1s/^tivora (\([^)
 [ "$cl_version" = "$VERSION" ] || fail "the changelog's newest entry is '$cl_version', not $VERSION"
 mi_version=$(grep -m1 -o '<release version="[^"]*"' "$R/share/metainfo/com.korvane.tivora.metainfo.xml" | cut -d'"' -f2)
 [ "$mi_version" = "$VERSION" ] || fail "the metainfo's newest release is '$mi_version', not $VERSION"
+# Software centres show the screenshots from the repository: each must be there.
+shots=$(grep -o '<image>[^<]*</image>' "$R/share/metainfo/com.korvane.tivora.metainfo.xml" | sed 's#<image>\(.*\)</image>#\1#')
+[ -n "$shots" ] || fail "the metainfo has no screenshot"
+for url in $shots; do
+    rel=${url#https://raw.githubusercontent.com/korvane/tivora/main/}
+    [ "$rel" != "$url" ] && [ -f "$ROOT/$rel" ] || fail "the screenshot $url is no file of the repository"
+done
 
 # 4. The validators and lintian.
 desktop-file-validate "$R/share/applications/tivora.desktop" || fail "desktop-file-validate"
