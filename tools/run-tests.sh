@@ -4,9 +4,11 @@
 #   2. builds with warnings as errors, and compiles the Windows code paths
 #      for a Windows target (tools/check-windows.sh),
 #   3. runs the CTest suite against a private PulseAudio null sink and Xvfb,
-#   4. builds the audio tests again with ThreadSanitizer and runs them,
-#   5. fuzzes the DDP loader for about a minute.
-# Set TIVORA_SKIP_DEPS=1 to skip step 1, TIVORA_QUICK=1 to skip steps 4 and 5.
+#   4. builds the Debian package, checks it, installs it, runs the installed
+#      programs and removes it again (tools/test-package.sh),
+#   5. builds the threaded tests again with ThreadSanitizer and runs them,
+#   6. fuzzes the DDP loader for about a minute.
+# Set TIVORA_SKIP_DEPS=1 to skip step 1, TIVORA_QUICK=1 to skip steps 5 and 6.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ROOT=$PWD
