@@ -7,6 +7,8 @@
 #include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "ddp/Settings.h"
+#include "tests/support/StyledTestApp.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/AttributesMenu.h"
 #include "widgets/CellDelegate.h"
@@ -84,10 +86,7 @@ private:
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        initResources();
-        QApplication::setStyle(new CustomStyle);
-        QApplication::setPalette(CustomStyle::darkPalette());
+        styleAsTheProgram();
         QVERIFY(m_dir.isValid());
         m_signals = m_dir.filePath(QStringLiteral("signals"));
         QVERIFY(mkddp::writeDisc(mkddp::signalsDisc(), m_signals));
@@ -223,11 +222,7 @@ private:
     {
         widget.show();
         QTest::qWait(50);
-        const QByteArray binary = qgetenv("TIVORA_BINARY_DIR");
-        const QString folder =
-            (binary.isEmpty() ? QDir::currentPath() : QString::fromLocal8Bit(binary)) +
-            QStringLiteral("/screenshots");
-        QVERIFY(QDir().mkpath(folder));
+        const QString folder = screenshotFolder();
         QVERIFY(widget.grab().save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
     }
 };

@@ -5,6 +5,7 @@
 #include "app/MainWindow.h"
 #include "audio/StreamingConstants.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/CustomStyle.h"
 #include "widgets/TransportButton.h"
@@ -195,9 +196,7 @@ private:
         window.transportWidget()->nextButton()->click();
         QTest::qWait(2500);
 
-        const QString shots =
-            qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
-        QDir().mkpath(shots);
+        const QString shots = screenshotFolder();
         window.grab().save(shots + QStringLiteral("/window-playing.png"));
 
         parec.terminate();

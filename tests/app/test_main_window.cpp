@@ -6,6 +6,7 @@
 #include "ddp/DDPModel.h"
 #include "ddp/Settings.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/support/StyledTestApp.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/ClickableLabel.h"
 #include "widgets/FilterHeaderView.h"
@@ -87,10 +88,7 @@ class MainWindowTest : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        QApplication::setOrganizationName(QStringLiteral("Korvane"));
-        QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
-        QSettings::setDefaultFormat(QSettings::IniFormat);
+        useTheProgramsSettings();
         QFile::remove(settingsFilePath());
         QVERIFY(m_dir.isValid());
         m_disc = m_dir.filePath(QStringLiteral("disc"));

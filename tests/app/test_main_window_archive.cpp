@@ -6,6 +6,8 @@
 #include "export/WavExport.h"
 #include "tests/app/ModalAnswerer.h"
 #include "tests/archive/RunZip.h"
+#include "tests/support/StyledTestApp.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/TableViewWidget.h"
 
@@ -82,10 +84,7 @@ class MainWindowArchiveTest : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        QApplication::setOrganizationName(QStringLiteral("Korvane"));
-        QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
-        QSettings::setDefaultFormat(QSettings::IniFormat);
+        useTheProgramsSettings();
         QVERIFY(m_dir.isValid());
         m_disc = m_dir.filePath(QStringLiteral("disc"));
         QVERIFY(mkddp::writeDisc(mkddp::realisticDisc(), m_disc));
@@ -247,9 +246,7 @@ private slots:
     // the disc from it open, in <build>/screenshots.
     void screenshots()
     {
-        const QString shots =
-            qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
-        QDir().mkpath(shots);
+        const QString shots = screenshotFolder();
         ModalAnswerer answerer;
         MainWindow window;
         window.resize(700, 560);

@@ -6,6 +6,7 @@
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"
 #include "tests/archive/RunZip.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "verify/Verification.h"
 
@@ -178,9 +179,7 @@ private slots:
         for (const QString& line : lines)
             QVERIFY2(line.contains(QStringLiteral(" yes ")), qPrintable(line)); // emb column
 
-        const QString shots =
-            qEnvironmentVariable("TIVORA_BINARY_DIR") + QStringLiteral("/screenshots");
-        QDir().mkpath(shots);
+        const QString shots = screenshotFolder();
         for (int page : {1, pages})
             runTool(
                 QStringLiteral("pdftoppm"),

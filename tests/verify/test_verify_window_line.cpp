@@ -6,6 +6,8 @@
 #include "ddp/DdpFileSource.h"
 #include "ddp/DdpLoader.h"
 #include "ddp/ImageLayout.h"
+#include "tests/support/StyledTestApp.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "verify/Verification.h"
 #include "widgets/CustomStyle.h"
@@ -89,13 +91,8 @@ class TestVerifyWindowLine : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        initResources();
-        QApplication::setStyle(new CustomStyle);
-        QApplication::setPalette(CustomStyle::darkPalette());
-        m_shots = qEnvironmentVariable("TIVORA_BINARY_DIR", QDir::currentPath()) +
-                  QStringLiteral("/screenshots");
-        QVERIFY(QDir().mkpath(m_shots));
+        styleAsTheProgram();
+        m_shots = screenshotFolder();
     }
 
     void soundMasterReadsGreen()

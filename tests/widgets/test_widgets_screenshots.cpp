@@ -11,6 +11,8 @@
 #include "audio/IDeviceSetup.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
+#include "tests/support/StyledTestApp.h"
+#include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/AboutDialog.h"
 #include "widgets/AttributesMenu.h"
@@ -152,14 +154,8 @@ class Screenshots : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        initResources();
-        QApplication::setStyle(new CustomStyle);
-        QApplication::setPalette(CustomStyle::darkPalette());
-        const QByteArray binary = qgetenv("TIVORA_BINARY_DIR");
-        m_folder = (binary.isEmpty() ? QDir::currentPath() : QString::fromLocal8Bit(binary)) +
-                   QStringLiteral("/screenshots");
-        QVERIFY(QDir().mkpath(m_folder));
+        styleAsTheProgram();
+        m_folder = screenshotFolder();
 
         QVERIFY(m_discDir.isValid());
         QString error;

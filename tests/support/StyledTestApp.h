@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ddp/Settings.h"
+#include "widgets/CustomStyle.h"
+#include "widgets/Resources.h"
+
+#include <QApplication>
+#include <QSettings>
+#include <QStandardPaths>
+
+// Widgets drawn as the program draws them: its icons, style and palette,
+// with settings kept apart from the user's.
+inline void styleAsTheProgram()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    initResources();
+    QApplication::setStyle(new CustomStyle);
+    QApplication::setPalette(CustomStyle::darkPalette());
+}
+
+// The program's names, so that settings land where the window reads them
+// (under test mode's own folder).
+inline void useTheProgramsSettings()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QApplication::setOrganizationName(QStringLiteral("Korvane"));
+    QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
+    QSettings::setDefaultFormat(QSettings::IniFormat);
+}
