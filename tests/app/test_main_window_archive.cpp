@@ -84,7 +84,7 @@ class MainWindowArchiveTest : public QObject
 private slots:
     void initTestCase()
     {
-        useTheProgramsSettings();
+        useTheProgramsSettings(QStringLiteral("Tivora archive test"));
         QVERIFY(m_dir.isValid());
         m_disc = m_dir.filePath(QStringLiteral("disc"));
         QVERIFY(mkddp::writeDisc(mkddp::realisticDisc(), m_disc));

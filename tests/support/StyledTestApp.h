@@ -19,11 +19,13 @@ inline void styleAsTheProgram()
 }
 
 // The program's names, so that settings land where the window reads them
-// (under test mode's own folder).
-inline void useTheProgramsSettings()
+// (under test mode's own folder). Tests that run beside each other give an
+// application name of their own: windows write their geometry when they
+// close, and two tests on one settings file would read each other's.
+inline void useTheProgramsSettings(const QString& application = QStringLiteral("Tivora 1.5"))
 {
     QStandardPaths::setTestModeEnabled(true);
     QApplication::setOrganizationName(QStringLiteral("Korvane"));
-    QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
+    QApplication::setApplicationName(application);
     QSettings::setDefaultFormat(QSettings::IniFormat);
 }
