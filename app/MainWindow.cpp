@@ -203,19 +203,13 @@ void MainWindow::connectWidgets()
     connect(m_menuBar, &MenuBar::wavExportAllTriggered, this, &MainWindow::onWavExportAllTriggered);
     // FLAC, MP3 and the cue sheet go the way "Export as WAV" goes.
     connect(m_menuBar, &MenuBar::encodedExportAllTriggered, this, [this](ExportFormat format) {
-        if (m_loadedFolder.isEmpty())
-            return;
-        stopPlayer();
-        m_wavExport->setDisc(m_model, m_image);
-        m_wavExport->exportAllTracks(m_loadedFolder, format);
+        if (prepareExport())
+            m_wavExport->exportAllTracks(m_loadedFolder, format);
     });
     connect(m_menuBar, &MenuBar::pqSheetTriggered, this, &MainWindow::onSavePqSheetTriggered);
     connect(m_menuBar, &MenuBar::cueSheetExportTriggered, this, [this] {
-        if (m_loadedFolder.isEmpty())
-            return;
-        stopPlayer();
-        m_wavExport->setDisc(m_model, m_image);
-        m_wavExport->exportCueSheet(m_loadedFolder);
+        if (prepareExport())
+            m_wavExport->exportCueSheet(m_loadedFolder);
     });
     connect(m_menuBar, &MenuBar::audioDeviceChanged, this, &MainWindow::onAudioDeviceChanged);
 
@@ -644,20 +638,24 @@ void MainWindow::onInfoButtonClicked(std::int32_t row, QToolButton* button)
 
 void MainWindow::onExportAsWavButtonClicked(std::int32_t row)
 {
-    if (m_loadedFolder.isEmpty())
-        return;
-    stopPlayer();
-    m_wavExport->setDisc(m_model, m_image);
-    m_wavExport->exportTrack(row, m_loadedFolder);
+    if (prepareExport())
+        m_wavExport->exportTrack(row, m_loadedFolder);
 }
 
 void MainWindow::onWavExportAllTriggered()
 {
+    if (prepareExport())
+        m_wavExport->exportAllTracks(m_loadedFolder);
+}
+
+bool MainWindow::prepareExport()
+{
+    // Only a disc with its audio exports; playback stops for the dialogs.
     if (m_loadedFolder.isEmpty())
-        return;
+        return false;
     stopPlayer();
     m_wavExport->setDisc(m_model, m_image);
-    m_wavExport->exportAllTracks(m_loadedFolder);
+    return true;
 }
 
 void MainWindow::onSavePqSheetTriggered()

@@ -141,6 +141,8 @@ private:
     LoadResult failLoad(const LoadResult& result);
     void finishLoad(const QString& location, std::shared_ptr<const DiscImage> image);
     void startUnpacking(const QString& archivePath);
+    // Before every export: false when no disc with its audio is loaded.
+    bool prepareExport();
     void cancelUnpacking();
     // Transport, seek, double-click and every export: on only while a disc
     // with its audio image is loaded.

@@ -300,15 +300,13 @@ std::shared_ptr<const DiscImage> ArchiveDdp::openImage(const ImageLayout& layout
         return fail({ErrorKind::ImageMissing, {}});
 
     std::vector<const ZipArchive::Entry*> entries;
-    std::uint64_t toUnpack = 0;
     for (const ImageStream& stream : layout.streams) {
         const ZipArchive::Entry* entry = find(stream.name);
         if (!entry)
             return fail({ErrorKind::ImageMissing, {}});
         entries.push_back(entry);
-        if (!entry->stored && !m_unpacked.count(entry->index))
-            toUnpack += entry->size;
     }
+    const std::uint64_t toUnpack = bytesToUnpack(layout);
     if (toUnpack > m_options.maxUnpackedImage)
         return fail(
             invalid(QStringLiteral("The audio unpacks to %1 bytes, more than any disc holds.")

@@ -1,7 +1,6 @@
 #include "report/PqSheet.h"
 
 #include "analysis/LoudnessText.h"
-#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DiscTexts.h"
 #include "ddp/PqTime.h"
@@ -28,17 +27,6 @@ QString flagsText(const PqEntry& entry)
     if (flags.fourChannel)
         set << QStringLiteral("4CH");
     return set.join(QLatin1Char(' '));
-}
-
-QString cdTextOf(const DDPModel& model, std::size_t track, CdTextRecord::SlotIndex slot)
-{
-    if (!model.hasCdText() || track >= model.cdText().tracks.size())
-        return {};
-    try {
-        return cdTextString(model.cdText(), track, slot).trimmed();
-    } catch (const std::exception&) {
-        return {};
-    }
 }
 
 } // namespace
@@ -172,11 +160,11 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
             row.pauseFrames = pendingPause;
             row.pauseBefore = frameText(*row.pauseFrames);
             row.isrc = QString::fromStdString(validIsrc(entry));
-            const std::size_t textTrack = std::size_t(trackOrdinal) + 1;
+            const int textTrack = trackOrdinal + 1;
             for (CdTextRecord::SlotIndex slot :
                  {CdTextRecord::Title, CdTextRecord::Performer, CdTextRecord::Songwriter,
                   CdTextRecord::Composer, CdTextRecord::Arranger, CdTextRecord::Message})
-                row.cdText << cdTextOf(model, textTrack, slot);
+                row.cdText << trackText(model, textTrack, slot);
             if (inputs.loudness && std::size_t(trackOrdinal) < inputs.loudness->tracks.size()) {
                 const LoudnessResult& track = inputs.loudness->tracks[std::size_t(trackOrdinal)];
                 row.loudness = lufsText(track.integrated);
