@@ -74,7 +74,6 @@ class TestExportCue : public QObject
 
 private:
     GeneratedDiscs m_discs;
-    QString path(const QString& name) const { return m_discs.path(name); }
 
 private slots:
     void initTestCase()
@@ -115,7 +114,7 @@ private slots:
     {
         const mkddp::DiscSpec spec = flaggedDisc(true);
         const QString disc = m_discs.write(QStringLiteral("times"), spec);
-        const QString cue = path(QStringLiteral("times.cue"));
+        const QString cue = m_discs.path(QStringLiteral("times.cue"));
         const ToolRun run = runTivoraDdp({QStringLiteral("cue"), disc, cue});
         QVERIFY2(run.exitCode == 0, run.err.constData());
 
@@ -154,7 +153,7 @@ private slots:
         for (const mkddp::TrackSpec& t : spec.tracks)
             expectedIsrcs.append(QString::fromLatin1(t.isrc));
         QCOMPARE(isrcs, expectedIsrcs);
-        QCOMPARE(fileBytes(path(QStringLiteral("times.bin"))),
+        QCOMPARE(fileBytes(m_discs.path(QStringLiteral("times.bin"))),
                  mkddp::TestPattern(spec).bytes(0, mkddp::imageSize(spec)));
     }
 
@@ -173,13 +172,13 @@ private slots:
         QFETCH(QString, kind);
         const mkddp::DiscSpec spec = flaggedDisc(false);
         const QString disc = m_discs.write(QStringLiteral("burn") + kind, spec);
-        const QString cue = path(QStringLiteral("burn%1/ref.cue").arg(kind));
+        const QString cue = m_discs.path(QStringLiteral("burn%1/ref.cue").arg(kind));
         QVERIFY(QDir().mkpath(QFileInfo(cue).path()));
         const ToolRun run = runTivoraDdp({QStringLiteral("cue"), disc, cue, kind});
         QVERIFY2(run.exitCode == 0, run.err.constData());
         if (kind == QLatin1String("--wav")) {
             QString why;
-            QVERIFY2(isWavOf(path(QStringLiteral("burn--wav/ref.wav")),
+            QVERIFY2(isWavOf(m_discs.path(QStringLiteral("burn--wav/ref.wav")),
                              mkddp::TestPattern(spec).bytes(0, mkddp::imageSize(spec)), &why),
                      qPrintable(why));
         }
@@ -226,7 +225,7 @@ private slots:
     {
         const mkddp::DiscSpec spec = flaggedDisc(true);
         const QString disc = m_discs.write(QStringLiteral("text"), spec);
-        const QString cue = path(QStringLiteral("text.cue"));
+        const QString cue = m_discs.path(QStringLiteral("text.cue"));
         QCOMPARE(runTivoraDdp({QStringLiteral("cue"), disc, cue}).exitCode, 0);
         const ToolRun read =
             runProgram(QStringLiteral("cueprint"),

@@ -73,11 +73,6 @@ class TestExportDisc : public QObject
 
 private:
     GeneratedDiscs m_discs;
-    QString path(const QString& name) const { return m_discs.path(name); }
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
-    {
-        return m_discs.write(name, spec);
-    }
 
 private slots:
     void initTestCase()
@@ -105,10 +100,10 @@ private slots:
         if (firstPauseFrames >= 0)
             spec.tracks[0].pauseFrames = firstPauseFrames;
         spec.cdText = cdText;
-        const QString disc = writeDisc(name, spec);
+        const QString disc = m_discs.write(name, spec);
 
         // A file inside the folder stands for the folder; OUTDIR is created.
-        const QString out = path(name + QStringLiteral("-out/wav"));
+        const QString out = m_discs.path(name + QStringLiteral("-out/wav"));
         const Run run = runExport({disc + QStringLiteral("/DDPID"), out});
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.err, QByteArray()); // not a terminal: no progress line
@@ -124,9 +119,9 @@ private slots:
     {
         // Track 3 holds the index 02, which stays in its file.
         const mkddp::DiscSpec spec = realisticDisc();
-        const QString out = path(QStringLiteral("one-out"));
+        const QString out = m_discs.path(QStringLiteral("one-out"));
         const Run run = runExport({QStringLiteral("--track"), QStringLiteral("3"),
-                                   writeDisc(QStringLiteral("one"), spec), out});
+                                   m_discs.write(QStringLiteral("one"), spec), out});
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(QDir(out).entryList(QDir::Files),
                  QStringList{QStringLiteral("3 - Interlude.wav")});
@@ -139,19 +134,21 @@ private slots:
     {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QByteArray>("message");
-        const QString disc = writeDisc(QStringLiteral("fail"), mkddp::simpleDisc(2, 3));
+        const QString disc = m_discs.write(QStringLiteral("fail"), mkddp::simpleDisc(2, 3));
         mkddp::DiscSpec noImage = mkddp::simpleDisc(2, 3);
         noImage.faults = {mkddp::Fault::NoImageFile};
-        const QString regular = path(QStringLiteral("regular"));
+        const QString regular = m_discs.path(QStringLiteral("regular"));
         QFile(regular).open(QIODevice::WriteOnly);
         const QByteArray prefix = "tivora-ddp export: ";
         QTest::newRow("path missing")
-            << QStringList{path(QStringLiteral("nope")), path(QStringLiteral("o1"))} << prefix;
-        QTest::newRow("image missing") << QStringList{writeDisc(QStringLiteral("noimage"), noImage),
-                                                      path(QStringLiteral("o2"))}
-                                       << prefix + "IMAGE Missing: ";
+            << QStringList{m_discs.path(QStringLiteral("nope")), m_discs.path(QStringLiteral("o1"))}
+            << prefix;
+        QTest::newRow("image missing")
+            << QStringList{m_discs.write(QStringLiteral("noimage"), noImage),
+                           m_discs.path(QStringLiteral("o2"))}
+            << prefix + "IMAGE Missing: ";
         QTest::newRow("no such track")
-            << QStringList{disc, path(QStringLiteral("o3")), QStringLiteral("--track"),
+            << QStringList{disc, m_discs.path(QStringLiteral("o3")), QStringLiteral("--track"),
                            QStringLiteral("9")}
             << prefix + "The DDP has no track 9.\n";
         QTest::newRow("outdir under a file") << QStringList{disc, regular + QStringLiteral("/out")}

@@ -77,7 +77,6 @@ class TestExportEncoded : public QObject
 
 private:
     GeneratedDiscs m_discs;
-    QString path(const QString& name) const { return m_discs.path(name); }
 
 private slots:
     void initTestCase()
@@ -97,7 +96,7 @@ private slots:
     {
         const mkddp::DiscSpec spec = taggedDisc();
         const QString disc = m_discs.write(QStringLiteral("flac"), spec);
-        const QString out = path(QStringLiteral("flac-out"));
+        const QString out = m_discs.path(QStringLiteral("flac-out"));
         const ToolRun run = runTivoraDdp({QStringLiteral("export"), disc, out,
                                           QStringLiteral("--format"), QStringLiteral("flac")});
         QVERIFY2(run.exitCode == 0, run.err.constData());
@@ -105,7 +104,7 @@ private slots:
         for (int number = 1; number <= spec.lastTrackNumber(); ++number) {
             const QString name =
                 QStringLiteral("%1 - %2").arg(number).arg(spec.tracks[number - 1].text.title);
-            const QString wav = path(QStringLiteral("flac-%1.wav").arg(number));
+            const QString wav = m_discs.path(QStringLiteral("flac-%1.wav").arg(number));
             const ToolRun decode =
                 runProgram(QStringLiteral("flac"),
                            {QStringLiteral("-s"), QStringLiteral("-d"), QStringLiteral("-o"), wav,
@@ -146,7 +145,7 @@ private slots:
     {
         const mkddp::DiscSpec spec = taggedDisc();
         const QString disc = m_discs.write(QStringLiteral("mp3"), spec);
-        const QString out = path(QStringLiteral("mp3-out"));
+        const QString out = m_discs.path(QStringLiteral("mp3-out"));
         const ToolRun run =
             runTivoraDdp({QStringLiteral("export"), disc, out, QStringLiteral("--track"),
                           QStringLiteral("3"), QStringLiteral("--format"), QStringLiteral("mp3")});
@@ -198,9 +197,9 @@ private slots:
         QFETCH(QString, format);
         const QString disc =
             m_discs.write(QStringLiteral("rules-") + format, mkddp::simpleDisc(2, 6));
-        const QString out = path(QStringLiteral("rules-out-") + format);
+        const QString out = m_discs.path(QStringLiteral("rules-out-") + format);
         QVERIFY(QDir().mkpath(out));
-        const QString victim = path(QStringLiteral("victim-") + format);
+        const QString victim = m_discs.path(QStringLiteral("victim-") + format);
         {
             QFile file(victim);
             QVERIFY(file.open(QIODevice::WriteOnly));
@@ -216,7 +215,7 @@ private slots:
         QVERIFY(fileBytes(target).size() > 1000);
         QCOMPARE(filesIn(out).size(), 2); // no temporary file left
 
-        const QString limited = path(QStringLiteral("limit-out-") + format);
+        const QString limited = m_discs.path(QStringLiteral("limit-out-") + format);
         QProcess process;
         process.start(QStringLiteral("/bin/sh"),
                       {QStringLiteral("-c"),
@@ -233,7 +232,7 @@ private slots:
     // opens anything; the image keeps every byte.
     void theImageIsNeverWritten()
     {
-        const QString image = path(QStringLiteral("own-image.dat"));
+        const QString image = m_discs.path(QStringLiteral("own-image.dat"));
         QVERIFY(writePatternImage(image, at(0, 8, 0)));
         const QByteArray before = fileBytes(image);
         const std::shared_ptr<DDPModel> model = makeModel(testbytes::simpleEntries(2, {3, 3}));
@@ -252,11 +251,11 @@ private slots:
     // for the tracks it cut off.
     void cancelStopsEveryTrack()
     {
-        const QString image = path(QStringLiteral("cancel.dat"));
+        const QString image = m_discs.path(QStringLiteral("cancel.dat"));
         std::vector<int> seconds(6, 40);
         QVERIFY(writePatternImage(image, at(4, 2, 0)));
         const std::shared_ptr<DDPModel> model = makeModel(testbytes::simpleEntries(2, seconds));
-        const QString out = path(QStringLiteral("cancel-out"));
+        const QString out = m_discs.path(QStringLiteral("cancel-out"));
         QVERIFY(QDir().mkpath(out));
         auto* worker = new EncodeWriter(ExportFormat::Mp3, out, image, model);
         worker->setImage(DiscImage::openFile(image));

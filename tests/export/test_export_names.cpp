@@ -81,11 +81,6 @@ class TestExportNames : public QObject
 
 private:
     GeneratedDiscs m_discs;
-    QString path(const QString& name) const { return m_discs.path(name); }
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
-    {
-        return m_discs.write(name, spec);
-    }
 
 private slots:
     void initTestCase()
@@ -128,9 +123,9 @@ private slots:
         for (std::size_t n = 0; n < tracks.size(); ++n)
             QCOMPARE(defaultFileName(*model, tracks[n]), expected.at(static_cast<int>(n)));
 
-        const QString image = path(QStringLiteral("dup-%1.img").arg(titles.size()));
+        const QString image = m_discs.path(QStringLiteral("dup-%1.img").arg(titles.size()));
         QVERIFY(writePatternImage(image, at(0, 5, 0)));
-        const QString folder = path(QStringLiteral("dup-%1").arg(titles.size()));
+        const QString folder = m_discs.path(QStringLiteral("dup-%1").arg(titles.size()));
         QVERIFY(QDir().mkpath(folder));
         FileWriterAllTracks worker(folder, image, model);
         int finished = 0;
@@ -253,8 +248,8 @@ private slots:
         if (duplicate)
             spec.faults = {mkddp::Fault::DuplicateTrackNumbers};
         const QString name = QStringLiteral("cli-%1").arg(trackCount);
-        const QString out = path(name + QStringLiteral("-out"));
-        const Run run = runTool(QStringLiteral("export"), {writeDisc(name, spec), out});
+        const QString out = m_discs.path(name + QStringLiteral("-out"));
+        const Run run = runTool(QStringLiteral("export"), {m_discs.write(name, spec), out});
         QCOMPARE(run.exitCode, 0);
         const QStringList listed = lines(run.out);
         QCOMPARE(listed.size(), trackCount);
@@ -277,9 +272,9 @@ private slots:
         mkddp::DiscSpec spec = mkddp::simpleDisc(2, 1);
         spec.cdText = true;
         spec.tracks[0].text.title = mkddp::longLatin1Title();
-        const QString out = path(QStringLiteral("long-out"));
+        const QString out = m_discs.path(QStringLiteral("long-out"));
         const Run run =
-            runTool(QStringLiteral("export"), {writeDisc(QStringLiteral("long"), spec), out});
+            runTool(QStringLiteral("export"), {m_discs.write(QStringLiteral("long"), spec), out});
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.err, QByteArray());
         const QStringList listed = lines(run.out);
@@ -298,8 +293,8 @@ private slots:
         // and an output folder whose own name holds an escape.
         mkddp::DiscSpec spec = mkddp::simpleDisc(3, 1);
         mkddp::putControlCharacters(spec);
-        const QString disc = writeDisc(QStringLiteral("ctl"), spec);
-        const QString out = path(QStringLiteral("ctl-\x1b[7m-out"));
+        const QString disc = m_discs.write(QStringLiteral("ctl"), spec);
+        const QString out = m_discs.path(QStringLiteral("ctl-\x1b[7m-out"));
         const Run run = runTool(QStringLiteral("export"), {disc, out});
         QCOMPARE(run.exitCode, 0);
         QVERIFY2(!holdsControl(run.out), run.out.constData());
@@ -318,7 +313,7 @@ private slots:
         mkddp::DiscSpec spec = mkddp::simpleDisc(3, 1);
         mkddp::putControlCharacters(spec);
         const Run info =
-            runTool(QStringLiteral("info"), {writeDisc(QStringLiteral("ctl-info"), spec)});
+            runTool(QStringLiteral("info"), {m_discs.write(QStringLiteral("ctl-info"), spec)});
         QCOMPARE(info.exitCode, 0);
         QVERIFY2(!holdsControl(info.out), info.out.constData());
         QVERIFY2(info.out.contains("Album: Album\\x1b]0;retitled\\x07 Sessions"),
@@ -341,9 +336,9 @@ private slots:
         // says so on its line.
         mkddp::DiscSpec spec = mkddp::simpleDisc(3, 1);
         spec.tracks[1].frames = 0;
-        const QString out = path(QStringLiteral("empty-out"));
+        const QString out = m_discs.path(QStringLiteral("empty-out"));
         const Run run =
-            runTool(QStringLiteral("export"), {writeDisc(QStringLiteral("empty"), spec), out});
+            runTool(QStringLiteral("export"), {m_discs.write(QStringLiteral("empty"), spec), out});
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(QDir(out).entryList(QDir::Files),
                  (QStringList{QStringLiteral("Track 1.wav"), QStringLiteral("Track 3.wav")}));

@@ -57,11 +57,6 @@ class TestExportSafety : public QObject
 
 private:
     GeneratedDiscs m_discs;
-    QString path(const QString& name) const { return m_discs.path(name); }
-    QString writeDisc(const QString& name, const mkddp::DiscSpec& spec) const
-    {
-        return m_discs.write(name, spec);
-    }
 
 private slots:
     void initTestCase()
@@ -76,27 +71,28 @@ private slots:
     void plantedLinksAreNeverFollowed()
     {
         const mkddp::DiscSpec spec = mkddp::simpleDisc(1, 3);
-        const QString disc = writeDisc(QStringLiteral("links"), spec);
-        const QString out = path(QStringLiteral("links-out"));
+        const QString disc = m_discs.write(QStringLiteral("links"), spec);
+        const QString out = m_discs.path(QStringLiteral("links-out"));
         QVERIFY(QDir().mkpath(out));
         const QByteArray victimText("not yours\n");
         for (const QString& victim : {QStringLiteral("victim1"), QStringLiteral("victim2")}) {
-            QFile file(path(victim));
+            QFile file(m_discs.path(victim));
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(victimText);
         }
-        QVERIFY(QFile::link(path(QStringLiteral("victim1")), out + QStringLiteral("/Track 1.wav")));
-        QVERIFY(QFile::link(path(QStringLiteral("victim2")),
+        QVERIFY(QFile::link(m_discs.path(QStringLiteral("victim1")),
+                            out + QStringLiteral("/Track 1.wav")));
+        QVERIFY(QFile::link(m_discs.path(QStringLiteral("victim2")),
                             out + QStringLiteral("/Track 1.wav.part")));
         // A link to where nothing is yet would be created through.
-        QVERIFY(
-            QFile::link(path(QStringLiteral("victim3")), out + QStringLiteral("/Track 1.wav.tmp")));
+        QVERIFY(QFile::link(m_discs.path(QStringLiteral("victim3")),
+                            out + QStringLiteral("/Track 1.wav.tmp")));
 
         const ToolRun run = runTivoraDdp({QStringLiteral("export"), disc, out});
         QCOMPARE(run.exitCode, 0);
-        QCOMPARE(fileBytes(path(QStringLiteral("victim1"))), victimText);
-        QCOMPARE(fileBytes(path(QStringLiteral("victim2"))), victimText);
-        QVERIFY(!QFile::exists(path(QStringLiteral("victim3"))));
+        QCOMPARE(fileBytes(m_discs.path(QStringLiteral("victim1"))), victimText);
+        QCOMPARE(fileBytes(m_discs.path(QStringLiteral("victim2"))), victimText);
+        QVERIFY(!QFile::exists(m_discs.path(QStringLiteral("victim3"))));
         const QFileInfo wav(out + QStringLiteral("/Track 1.wav"));
         QVERIFY(wav.isFile() && !wav.isSymLink());
         QString why;
@@ -115,9 +111,9 @@ private slots:
     void twoExportsIntoOneFolder()
     {
         const mkddp::DiscSpec spec = mkddp::simpleDisc(4, 20);
-        const QString disc = writeDisc(QStringLiteral("twice"), spec);
+        const QString disc = m_discs.write(QStringLiteral("twice"), spec);
         for (int round = 0; round < 3; ++round) {
-            const QString out = path(QStringLiteral("twice-out%1").arg(round));
+            const QString out = m_discs.path(QStringLiteral("twice-out%1").arg(round));
             QProcess first;
             QProcess second;
             first.start(tivoraDdpPath(), {QStringLiteral("export"), disc, out});
@@ -134,8 +130,8 @@ private slots:
     // A write that fails says why, in the system's words.
     void failuresCarryTheSystemsReason()
     {
-        const QString disc = writeDisc(QStringLiteral("limit"), mkddp::simpleDisc(1, 10));
-        const QString out = path(QStringLiteral("limit-out"));
+        const QString disc = m_discs.write(QStringLiteral("limit"), mkddp::simpleDisc(1, 10));
+        const QString out = m_discs.path(QStringLiteral("limit-out"));
         QProcess process;
         // A file size limit of 200 KiB; the signal it raises is ignored, so
         // that the write fails with EFBIG instead of killing the process.
@@ -172,7 +168,7 @@ private slots:
         if (fault >= 0)
             spec.faults = {mkddp::Fault(fault)};
         const QString name = QStringLiteral("short%1").arg(fault);
-        const QString disc = writeDisc(name, spec);
+        const QString disc = m_discs.write(name, spec);
 
         const ToolRun info = runTivoraDdp({QStringLiteral("info"), QStringLiteral("--json"), disc});
         const QJsonObject json = QJsonDocument::fromJson(info.out).object();
@@ -180,7 +176,7 @@ private slots:
         const ToolRun text = runTivoraDdp({QStringLiteral("info"), disc});
         QCOMPARE(text.out.contains("shorter than the PQ descriptor"), shortBy > 0);
 
-        const QString out = path(name + QStringLiteral("-out"));
+        const QString out = m_discs.path(name + QStringLiteral("-out"));
         const ToolRun run = runTivoraDdp({QStringLiteral("export"), disc, out});
         QCOMPARE(run.exitCode, written == 3 ? 0 : 1);
         if (written < 3)
@@ -210,7 +206,7 @@ private slots:
     void imageCutDuringTheRead()
     {
         QFETCH(bool, mapped);
-        const QString imagePath = path(QStringLiteral("cut%1.dat").arg(mapped));
+        const QString imagePath = m_discs.path(QStringLiteral("cut%1.dat").arg(mapped));
         const qint64 size = 4 * 1024 * 1024;
         QVERIFY(writePatternImage(imagePath, size));
         const std::shared_ptr<const DiscImage> image = DiscImage::openFile(imagePath);
