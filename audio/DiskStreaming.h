@@ -99,6 +99,8 @@ public:
     void pause();
     void stop();
     // False when the stop could not be queued (see below); done then never runs.
+    // done may run on the audio thread, so it must not call what queues a
+    // fade (play, pause, stop, seek, the jumps): the queue has one producer.
     bool stop(std::function<void()> done);
     // Also safe on the audio thread (a stop's completion uses it).
     void setCurrentSampleInFile(std::int32_t offset);

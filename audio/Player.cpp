@@ -85,9 +85,11 @@ void Player::selectNextTrack()
     // The guard comes free only once stopped: during the fade-out the
     // position still counts the last track against the first track's
     // length, and the display's end-of-track check must not skip again.
+    // This runs on the audio thread, right after the stop: it must not queue
+    // a fade itself (the GUI thread is the queue's only producer), and a play
+    // pressed during the fade-out is already queued behind the stop.
     const bool queued = m_streaming.stop([this, start] {
         m_streaming.setCurrentSampleInFile(start);
-        m_streaming.stop();
         m_nextGuard.store(true);
     });
     if (!queued)
