@@ -1,6 +1,8 @@
 #include "analysis/LoudnessAnalysis.h"
 
 #include "analysis/RangeMeter.h"
+#include "analysis/TruePeakMeter.h"
+#include "analysis/WorkPlan.h"
 #include "ddp/DiscImage.h"
 
 #include <QThread>
@@ -9,7 +11,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <numeric>
 #include <thread>
 
 #ifdef Q_OS_LINUX
@@ -31,6 +32,11 @@ void lowerPriority()
     QThread::currentThread()->setPriority(QThread::LowPriority);
 #endif
 }
+
+// Five seconds of audio: short enough that the cores finish within a few
+// milliseconds of each other, long enough that the interpolator's history
+// read before each stretch costs nothing.
+constexpr qint64 kStretchBytes = 5 * 176400;
 
 } // namespace
 
@@ -85,19 +91,27 @@ DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisP
                              const std::atomic<bool>& cancel, const AnalysisOptions& options,
                              bool* cancelled)
 {
+    const int cores = options.threads > 0 ? options.threads : QThread::idealThreadCount();
+    const int count = std::max(1, std::min<int>(cores, int(parts.size())));
+    std::vector<qint64> starts;
+    std::vector<qint64> lengths;
+    for (const AnalysisPart& part : parts) {
+        starts.push_back(part.start);
+        lengths.push_back(std::max<qint64>(0, part.length()));
+    }
+    const WorkPlan plan = planWork(starts, lengths, count, kStretchBytes);
+
     std::vector<std::unique_ptr<RangeMeter>> meters;
     meters.reserve(parts.size());
     for (std::size_t i = 0; i < parts.size(); ++i)
-        meters.push_back(std::make_unique<RangeMeter>());
-
-    std::vector<std::size_t> order(parts.size());
-    std::iota(order.begin(), order.end(), std::size_t(0));
-    std::stable_sort(order.begin(), order.end(), [&parts](std::size_t a, std::size_t b) {
-        return parts[a].length() > parts[b].length();
-    });
+        meters.push_back(std::make_unique<RangeMeter>(
+            plan.split[i] ? RangeMeter::TruePeak::HandedIn : RangeMeter::TruePeak::Measured));
+    // Each true-peak stretch's result, written by the worker that measured
+    // it and read after the join.
+    std::vector<double> stretchPeaks(plan.items.size(), 0.0);
     qint64 total = 0;
-    for (const AnalysisPart& part : parts)
-        total += std::max<qint64>(0, part.length());
+    for (const WorkItem& item : plan.items)
+        total += item.end - item.start;
 
     // Written by the workers, read here for the progress.
     std::atomic<qint64> done{0};
@@ -105,22 +119,27 @@ DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisP
     std::atomic<std::size_t> next{0};
     std::mutex mutex;
     std::condition_variable allDone;
-    std::size_t running = 0; // guarded by mutex
+    int running = count; // guarded by mutex
 
-    const int cores = options.threads > 0 ? options.threads : QThread::idealThreadCount();
-    const std::size_t count = std::size_t(std::max(1, std::min<int>(cores, int(parts.size()))));
+    auto runItem = [&](std::size_t k) {
+        const WorkItem& item = plan.items[k];
+        if (item.kind != WorkItem::TruePeak)
+            return meters[item.part]->measure(image, item.start, item.end, cancel, &done);
+        TruePeakMeter meter;
+        const bool measured =
+            meter.measure(image, parts[item.part].start, item.start, item.end, cancel, &done);
+        stretchPeaks[k] = meter.peak();
+        return measured;
+    };
     // Plain threads, joined at the end: ThreadSanitizer follows a join, but
     // not the futexes inside a Qt pool, so a race there would go unseen.
     std::vector<std::thread> workers;
-    running = count;
-    for (std::size_t w = 0; w < count; ++w) {
+    for (int w = 0; w < count; ++w) {
         workers.emplace_back([&] {
             if (options.background)
                 lowerPriority();
-            // Each worker takes the longest part left.
-            for (std::size_t k = next++; k < order.size() && !stopped.load(); k = next++) {
-                const std::size_t i = order[k];
-                if (!meters[i]->measure(image, parts[i].start, parts[i].end, cancel, &done))
+            for (std::size_t k = next++; k < plan.items.size() && !stopped.load(); k = next++) {
+                if (!runItem(k))
                     stopped.store(true);
             }
             const std::lock_guard<std::mutex> lock(mutex);
@@ -147,5 +166,13 @@ DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisP
         *cancelled = stopped.load() || cancel.load();
     if (stopped.load() || cancel.load())
         return {};
+    std::vector<double> partPeaks(parts.size(), 0.0);
+    for (std::size_t k = 0; k < plan.items.size(); ++k)
+        if (plan.items[k].kind == WorkItem::TruePeak)
+            partPeaks[plan.items[k].part] =
+                std::max(partPeaks[plan.items[k].part], stretchPeaks[k]);
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        if (plan.split[i])
+            meters[i]->setTruePeak(partPeaks[i]);
     return combineParts(parts, meters);
 }

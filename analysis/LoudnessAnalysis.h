@@ -56,9 +56,10 @@ DiscLoudness combineParts(const std::vector<AnalysisPart>& parts,
                           const std::vector<std::unique_ptr<RangeMeter>>& meters);
 
 // Measures every part, in parallel on one worker thread per core, each
-// reading its range of `image` in large sequential blocks; longest parts
-// first, so that the cores finish together. Returns when all are done, or soon after
-// `cancel` is set (then with an empty result and `cancelled` true).
+// reading its range of `image` in large sequential blocks, as planWork
+// shares them out so that the cores finish together. Returns when all are
+// done, or soon after `cancel` is set (then with an empty result and
+// `cancelled` true).
 DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisPart>& parts,
                              const std::atomic<bool>& cancel, const AnalysisOptions& options = {},
                              bool* cancelled = nullptr);

@@ -1,10 +1,7 @@
 #include "analysis/RangeMeter.h"
 
 #include "analysis/LoudnessRange.h"
-
-#include "ddp/DiscImage.h"
-
-#include <QtEndian>
+#include "analysis/RangeBlocks.h"
 
 #include <ebur128.h>
 
@@ -17,11 +14,7 @@ namespace {
 
 // No short-term or range mode: both are formed here from the 100 ms
 // windows, and the library's audio history stays at 400 ms.
-constexpr int kMode = EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_TRUE_PEAK;
-constexpr std::size_t kBytesPerFrame = 4;
-// 16 steps of 100 ms (282 KB) a read: large enough for the disk, small
-// enough that two workers stay in the cache.
-constexpr std::size_t kStepsPerRead = 16;
+constexpr int kLoudnessMode = EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK;
 
 // The weighted mean square a loudness stands for, and back (BS.1770: the
 // -0.691 dB offset puts a 1 kHz sine's loudness on its level).
@@ -42,7 +35,7 @@ double decibels(double linear)
 
 struct RangeMeter::State
 {
-    State() : st(ebur128_init(2, 44100, kMode))
+    explicit State(int mode) : st(ebur128_init(2, 44100, unsigned(mode)))
     {
         if (!st)
             throw std::bad_alloc();
@@ -53,7 +46,11 @@ struct RangeMeter::State
     ebur128_state* st;
 };
 
-RangeMeter::RangeMeter() : m_state(std::make_unique<State>()) {}
+RangeMeter::RangeMeter(TruePeak truePeak)
+    : m_state(std::make_unique<State>(
+          truePeak == TruePeak::Measured ? kLoudnessMode | EBUR128_MODE_TRUE_PEAK : kLoudnessMode)),
+      m_measuresTruePeak(truePeak == TruePeak::Measured)
+{}
 
 RangeMeter::~RangeMeter() = default;
 
@@ -113,12 +110,12 @@ LoudnessResult RangeMeter::result() const
     r.maxMomentary = lufsOf(m_maxMomentary);
     r.maxShortTerm = lufsOf(m_maxShortTerm);
     double sample = 0.0;
-    double truePeak = 0.0;
+    double truePeak = m_measuresTruePeak ? 0.0 : m_handedInTruePeak;
     for (unsigned c = 0; c < 2; ++c) {
         double value = 0.0;
         if (ebur128_sample_peak(st, c, &value) == EBUR128_SUCCESS)
             sample = std::max(sample, value);
-        if (ebur128_true_peak(st, c, &value) == EBUR128_SUCCESS)
+        if (m_measuresTruePeak && ebur128_true_peak(st, c, &value) == EBUR128_SUCCESS)
             truePeak = std::max(truePeak, value);
     }
     r.samplePeak = decibels(sample);
@@ -132,39 +129,13 @@ LoudnessResult RangeMeter::result() const
 bool RangeMeter::measure(const DiscImage& image, qint64 start, qint64 end,
                          const std::atomic<bool>& cancel, std::atomic<qint64>* done)
 {
-    // Whole frames only: a range that is not a multiple of 4 bytes ends at
-    // its last whole frame.
-    const qint64 length =
-        std::max<qint64>(0, end - start) / qint64(kBytesPerFrame) * qint64(kBytesPerFrame);
-    const std::size_t blockBytes = kStepsPerRead * kStepFrames * kBytesPerFrame;
-    std::vector<qint16> buffer(blockBytes / sizeof(qint16));
-    qint64 offset = 0;
-    while (offset < length) {
-        const std::uint64_t want =
-            std::uint64_t(std::min<qint64>(qint64(blockBytes), length - offset));
-        const std::uint64_t got =
-            image.read(std::uint64_t(start + offset), reinterpret_cast<char*>(buffer.data()), want);
-        const std::size_t frames = std::size_t(got / kBytesPerFrame);
-#if Q_BYTE_ORDER == Q_BIG_ENDIAN
-        // The image holds little-endian samples, as the player reads them.
-        for (std::size_t i = 0; i < 2 * frames; ++i)
-            buffer[i] = qFromLittleEndian(buffer[i]);
-#endif
-        // Step by step, so that a cancel is seen within a few milliseconds.
-        for (std::size_t at = 0; at < frames; at += kStepFrames) {
-            if (cancel.load(std::memory_order_relaxed))
-                return false;
-            add(buffer.data() + 2 * at, std::min(kStepFrames, frames - at));
-        }
-        if (done)
-            done->fetch_add(qint64(got), std::memory_order_relaxed);
-        offset += qint64(got);
-        if (got < want) {
-            setIncomplete();
-            break;
-        }
-    }
-    return !cancel.load(std::memory_order_relaxed);
+    // Step by step, so that a cancel is seen within a few milliseconds.
+    const RangeBlocks::End ended =
+        RangeBlocks::read(image, start, end, kStepFrames, cancel, done,
+                          [this](const qint16* audio, std::size_t frames) { add(audio, frames); });
+    if (ended == RangeBlocks::End::CutShort)
+        setIncomplete();
+    return ended != RangeBlocks::End::Cancelled;
 }
 
 void RangeMeter::combine(const std::vector<const RangeMeter*>& meters, double* integrated,

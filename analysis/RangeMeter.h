@@ -28,13 +28,23 @@ class DiscImage;
 // The state and the short-term list are kept after the range is measured,
 // so that the disc's integrated loudness and loudness range come from all
 // ranges' blocks combined, without a second pass over the audio.
+//
+// Without its own true peak, the meter leaves that to TruePeakMeters over
+// stretches of the range (three quarters of the library's work is the true
+// peak's interpolation, and only that part can be shared among the cores);
+// their highest value is handed in with setTruePeak().
 class RangeMeter
 {
 public:
     // 100 ms at 44100 Hz: the step of the momentary and short-term windows.
     static constexpr std::size_t kStepFrames = 4410;
 
-    RangeMeter();
+    enum class TruePeak
+    {
+        Measured, // measured here, alongside the loudness
+        HandedIn, // measured elsewhere, see setTruePeak()
+    };
+    explicit RangeMeter(TruePeak truePeak = TruePeak::Measured);
     ~RangeMeter();
     RangeMeter(const RangeMeter&) = delete;
     RangeMeter& operator=(const RangeMeter&) = delete;
@@ -45,6 +55,8 @@ public:
     void add(const qint16* interleaved, std::size_t frames);
     // Marks the range as cut short by the image.
     void setIncomplete() { m_complete = false; }
+    // The true peak of a HandedIn meter (linear, 1.0 is full scale).
+    void setTruePeak(double linear) { m_handedInTruePeak = linear; }
 
     LoudnessResult result() const;
     // The integrated loudness and loudness range of several ranges' gating
@@ -75,4 +87,6 @@ private:
     double m_maxShortTerm = 0.0;
     qint64 m_frames = 0;
     bool m_complete = true;
+    bool m_measuresTruePeak = true;
+    double m_handedInTruePeak = 0.0;
 };

@@ -6,6 +6,8 @@
 #include "analysis/LoudnessRange.h"
 #include "analysis/LoudnessText.h"
 #include "analysis/RangeMeter.h"
+#include "analysis/TruePeakMeter.h"
+#include "analysis/WorkPlan.h"
 #include "ddp/DiscImage.h"
 #include "tools/mkddp/Mkddp.h"
 
@@ -175,6 +177,116 @@ private slots:
         }
         QCOMPARE(programmeParts(tracks, std::vector<PqEntry>{pq("01", 1, 2)}).size(),
                  std::size_t(1));
+    }
+
+    // Parts split among the cores give exactly what one pass per part gives:
+    // the true peak from stretches with their interpolator history, the
+    // loudness from a pass without true peak.
+    void splitPartsMeasureAsWholeOnes()
+    {
+        const std::vector<AnalysisPart> parts = partsOf(m_spec);
+        std::vector<qint64> starts;
+        std::vector<qint64> lengths;
+        for (const AnalysisPart& part : parts) {
+            starts.push_back(part.start);
+            lengths.push_back(part.length());
+        }
+        const WorkPlan plan = planWork(starts, lengths, 2, 5 * 176400);
+        QVERIFY(std::count(plan.split.begin(), plan.split.end(), true) > 0);
+
+        const std::atomic<bool> never{false};
+        AnalysisOptions one;
+        one.threads = 1;
+        AnalysisOptions two;
+        two.threads = 2;
+        const DiscLoudness whole = analyzeLoudness(*m_image, parts, never, one);
+        const DiscLoudness shared = analyzeLoudness(*m_image, parts, never, two);
+        QCOMPARE(shared.tracks.size(), whole.tracks.size());
+        for (std::size_t i = 0; i <= whole.tracks.size(); ++i) {
+            const LoudnessResult& a = i < whole.tracks.size() ? whole.tracks[i] : whole.disc;
+            const LoudnessResult& b = i < whole.tracks.size() ? shared.tracks[i] : shared.disc;
+            QCOMPARE(b.truePeak, a.truePeak);
+            QCOMPARE(b.samplePeak, a.samplePeak);
+            QCOMPARE(b.integrated, a.integrated);
+            QCOMPARE(b.range, a.range);
+            QCOMPARE(b.maxMomentary, a.maxMomentary);
+            QCOMPARE(b.maxShortTerm, a.maxShortTerm);
+            QCOMPARE(b.clippedRuns, a.clippedRuns);
+        }
+
+        // Stretches cut anywhere, even inside the interpolator's reach of
+        // the quarter-rate sine's peaks.
+        std::vector<AnalysisPart> tracks;
+        std::copy_if(parts.begin(), parts.end(), std::back_inserter(tracks),
+                     [](const AnalysisPart& part) { return part.isTrack; });
+        const AnalysisPart& between = tracks.at(2);
+        RangeMeter reference;
+        QVERIFY(reference.measure(*m_image, between.start, between.end, never));
+        double peak = 0.0;
+        for (qint64 at = between.start; at < between.end;) {
+            const qint64 to = std::min(between.end, at + 4 * 12347);
+            TruePeakMeter stretch;
+            QVERIFY(stretch.measure(*m_image, between.start, at, to, never));
+            peak = std::max(peak, stretch.peak());
+            at = to;
+        }
+        QCOMPARE(20.0 * std::log10(peak), reference.result().truePeak);
+    }
+
+    // Every part is measured once; a split part's stretches cover it end to
+    // end; one core, or parts that share out evenly, are never split.
+    void workPlans()
+    {
+        const qint64 minute = 60 * 176400;
+        const qint64 stretch = 5 * 176400;
+        struct Case
+        {
+            std::vector<qint64> lengths;
+            int workers;
+            bool splits;
+        };
+        std::vector<qint64> disc(18, 4 * minute); // a 74-minute disc
+        disc.push_back(2 * minute - 2 * 176400);
+        const Case cases[] = {
+            {disc, 2, true},
+            {{minute, minute, minute}, 2, true},
+            {{minute, minute, minute}, 1, false},
+            {{minute, minute, minute, minute}, 2, false},
+            {{minute, 0, 3 * stretch + 4}, 4, true},
+            {{}, 2, false},
+        };
+        for (const Case& c : cases) {
+            std::vector<qint64> starts;
+            qint64 at = 0;
+            for (qint64 length : c.lengths) {
+                starts.push_back(at);
+                at += length + 7 * 2352;
+            }
+            const WorkPlan plan = planWork(starts, c.lengths, c.workers, stretch);
+            QCOMPARE(plan.split.size(), c.lengths.size());
+            QCOMPARE(std::count(plan.split.begin(), plan.split.end(), true) > 0, c.splits);
+            for (std::size_t part = 0; part < c.lengths.size(); ++part) {
+                int passes = 0;
+                qint64 covered = starts[part];
+                for (const WorkItem& item : plan.items) {
+                    if (item.part != part)
+                        continue;
+                    if (item.kind == WorkItem::TruePeak) {
+                        QCOMPARE(item.start, covered);
+                        QVERIFY(item.end - item.start <= stretch);
+                        covered = item.end;
+                        continue;
+                    }
+                    ++passes;
+                    QCOMPARE(item.kind == WorkItem::Loudness, bool(plan.split[part]));
+                    QCOMPARE(item.start, starts[part]);
+                    QCOMPARE(item.end, starts[part] + c.lengths[part]);
+                }
+                QCOMPARE(passes, 1);
+                if (plan.split[part])
+                    QCOMPARE(covered, starts[part] + c.lengths[part]);
+            }
+        }
     }
 
     // Windows and runs do not depend on how the audio is cut into blocks.
