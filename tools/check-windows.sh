@@ -32,7 +32,7 @@ printf '#include <QtGlobal>\n#ifndef Q_OS_WIN\n#error no Windows branch\n#endif\
 clang++ "${flags[@]}" "$probe"
 
 mapfile -t files < <(grep -rlE 'Q_OS_WIN|_WIN32|Q_OS_UNIX|windows\.h' \
-    --include='*.cpp' app ddp audio export widgets archive verify analysis report tools | sort)
+    --include='*.cpp' app ddp audio export widgets archive verify analysis report jobs tools | sort)
 failed=0
 for file in "${files[@]}"; do
     if ! clang++ "${flags[@]}" "$file"; then

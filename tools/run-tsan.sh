@@ -13,8 +13,8 @@ JOBS=${TIVORA_JOBS:-$(nproc)}
 # -O1 on code that the normal warnings-as-errors build accepts.
 cmake -S . -B "$BUILD" -DTIVORA_TSAN=ON -DTIVORA_BUILD_GUI=OFF -DTIVORA_BUILD_BENCH=OFF \
     -DTIVORA_WERROR=OFF >/dev/null
-targets=(tivora-ddp tivora-ddp-play test_archive_unpack_job test_analysis_loudness test_verify_checksums
-    test_export_encoded)
+targets=(tivora-ddp tivora-ddp-play test_jobs_background test_archive_unpack_job test_analysis_loudness
+    test_verify_checksums test_export_encoded)
 for source in tests/audio/test_audio_*.cpp; do
     targets+=("$(basename "$source" .cpp)")
 done

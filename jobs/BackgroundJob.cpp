@@ -1,0 +1,106 @@
+#include "jobs/BackgroundJob.h"
+
+#include <QPointer>
+
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
+#include <utility>
+
+namespace {
+
+constexpr int kPollMs = 50;
+
+// A job reads and computes flat out; the GUI thread's 16 ms tick and the
+// audio must never wait for it. A nice value of 10 for this thread alone
+// lets the scheduler hand the CPU to them at once when they wake, while the
+// job still has every cycle nobody else wants. (Qt's own thread priorities
+// do nothing for ordinary threads on Linux.)
+void yieldToOtherThreads()
+{
+#ifdef Q_OS_LINUX
+    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 10);
+#endif
+}
+
+} // namespace
+
+void JobContext::setProgress(std::uint64_t done, std::uint64_t total)
+{
+    // Two stores, not one: the poll may pair a new `done` with the old
+    // `total` for one tick, which a progress bar never shows.
+    m_total.store(total, std::memory_order_relaxed);
+    m_done.store(done, std::memory_order_relaxed);
+}
+
+BackgroundJob::BackgroundJob(QObject* parent) : QObject(parent), m_poll(this)
+{
+    m_poll.setInterval(kPollMs);
+    connect(&m_poll, &QTimer::timeout, this, &BackgroundJob::poll);
+}
+
+BackgroundJob::~BackgroundJob()
+{
+    cancel();
+}
+
+void BackgroundJob::start(Work work)
+{
+    cancel();
+    ++m_generation;
+    m_context.m_cancel.store(false);
+    m_context.m_ended.store(false);
+    m_context.m_done.store(0);
+    m_context.m_total.store(0);
+    m_reportedDone = 0;
+    m_reportedTotal = 0;
+    m_thread = std::thread([this, work = std::move(work)] {
+        yieldToOtherThreads();
+        work(m_context);
+        // Release: whatever the work wrote is visible to whoever sees the
+        // flag (the join orders it again before finished()).
+        m_context.m_ended.store(true, std::memory_order_release);
+    });
+    m_poll.start();
+}
+
+void BackgroundJob::cancel()
+{
+    ++m_generation;
+    m_poll.stop();
+    if (!m_thread.joinable())
+        return;
+    m_context.m_cancel.store(true);
+    m_thread.join();
+}
+
+void BackgroundJob::poll()
+{
+    if (!m_thread.joinable()) {
+        m_poll.stop();
+        return;
+    }
+    // The flag first: once it is seen, the progress read after it is the
+    // run's last.
+    const bool ended = m_context.m_ended.load(std::memory_order_acquire);
+    const std::uint64_t done = m_context.m_done.load(std::memory_order_relaxed);
+    const std::uint64_t total = m_context.m_total.load(std::memory_order_relaxed);
+    if (done != m_reportedDone || total != m_reportedTotal) {
+        m_reportedDone = done;
+        m_reportedTotal = total;
+        const std::uint64_t generation = m_generation;
+        const QPointer<BackgroundJob> alive(this);
+        emit progressed(done, total);
+        // A slot may have deleted this job, or cancelled or restarted it.
+        if (!alive || generation != m_generation)
+            return;
+    }
+    if (!ended)
+        return;
+    m_poll.stop();
+    m_thread.join();
+    emit finished();
+}
