@@ -2,13 +2,15 @@
 
 #include "archive/ArchiveDdp.h"
 
-#include <QMetaObject>
+#include <utility>
 
-ImageUnpackJob::ImageUnpackJob(QObject* parent) : QObject(parent)
+ImageUnpackJob::ImageUnpackJob(QObject* parent) : QObject(parent), m_job(this)
 {
     // For queued connections and signal spies.
     qRegisterMetaType<std::shared_ptr<const DiscImage>>();
     qRegisterMetaType<LoadResult>();
+    connect(&m_job, &BackgroundJob::progressed, this, &ImageUnpackJob::onProgressed);
+    connect(&m_job, &BackgroundJob::finished, this, &ImageUnpackJob::onFinished);
 }
 
 ImageUnpackJob::~ImageUnpackJob()
@@ -18,45 +20,36 @@ ImageUnpackJob::~ImageUnpackJob()
 
 void ImageUnpackJob::start(std::shared_ptr<ArchiveDdp> archive, ImageLayout layout)
 {
-    cancel();
-    m_cancel = false;
-    const std::uint64_t run = ++m_run;
-    m_thread = std::thread([this, run, archive = std::move(archive), layout = std::move(layout)] {
-        int lastPercent = -1;
-        auto report = [this, run, &lastPercent](std::uint64_t done, std::uint64_t total) {
-            const int percent = total ? static_cast<int>(done * 100 / total) : 100;
-            if (percent == lastPercent)
-                return;
-            lastPercent = percent;
-            QMetaObject::invokeMethod(
-                this,
-                [this, run, done, total] {
-                    if (run == m_run && isRunning())
-                        emit progress(done, total);
+    m_lastPercent = -1;
+    m_job.start(
+        [this, archive = std::move(archive), layout = std::move(layout)](JobContext& context) {
+            m_result = LoadResult();
+            m_image = archive->openImage(
+                layout,
+                [&context](std::uint64_t done, std::uint64_t total) {
+                    context.setProgress(done, total);
                 },
-                Qt::QueuedConnection);
-        };
-        LoadResult result;
-        std::shared_ptr<const DiscImage> image =
-            archive->openImage(layout, report, &m_cancel, &result);
-        QMetaObject::invokeMethod(
-            this,
-            [this, run, image = std::move(image), result = std::move(result)] {
-                if (run != m_run || !isRunning())
-                    return;
-                m_thread.join();
-                emit unpacked(image, result);
-            },
-            Qt::QueuedConnection);
-    });
+                &context.cancelFlag(), &m_result);
+        });
 }
 
 void ImageUnpackJob::cancel()
 {
-    if (!m_thread.joinable())
+    m_job.cancel();
+}
+
+void ImageUnpackJob::onProgressed(quint64 done, quint64 total)
+{
+    const int percent = total ? static_cast<int>(done * 100 / total) : 100;
+    if (percent == m_lastPercent)
         return;
-    m_cancel = true;
-    m_thread.join();
-    // Results of this run still queued are dropped by their run number.
-    ++m_run;
+    m_lastPercent = percent;
+    emit progress(done, total);
+}
+
+void ImageUnpackJob::onFinished()
+{
+    const std::shared_ptr<const DiscImage> image = std::exchange(m_image, nullptr);
+    const LoadResult result = std::exchange(m_result, LoadResult());
+    emit unpacked(image, result);
 }

@@ -2,13 +2,11 @@
 
 #include "ddp/ErrorKind.h"
 #include "ddp/ImageLayout.h"
+#include "jobs/BackgroundJob.h"
 
 #include <QObject>
 
-#include <atomic>
-#include <cstdint>
 #include <memory>
-#include <thread>
 
 class ArchiveDdp;
 class DiscImage;
@@ -17,8 +15,9 @@ class DiscImage;
 // the window stays live while hundreds of megabytes inflate. The archive is
 // the job's alone until it ends: nobody else reads it meanwhile.
 //
-// Signals arrive on the thread that owns the job. cancel() stops the work
-// between two blocks and waits for it; after it, no signal of that run comes.
+// Signals arrive on the thread that owns the job (a BackgroundJob). cancel()
+// stops the work between two blocks and waits for it; after it, no signal of
+// that run comes.
 class ImageUnpackJob : public QObject
 {
     Q_OBJECT
@@ -30,7 +29,7 @@ public:
     // Starts a run; cancels one still running first.
     void start(std::shared_ptr<ArchiveDdp> archive, ImageLayout layout);
     void cancel();
-    bool isRunning() const { return m_thread.joinable(); }
+    bool isRunning() const { return m_job.isRunning(); }
 
 signals:
     // Bytes unpacked of those to unpack, at most once per percent.
@@ -39,11 +38,18 @@ signals:
     void unpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result);
 
 private:
-    std::thread m_thread;
-    std::atomic<bool> m_cancel{false};
-    // Which run a queued result belongs to: one that arrives after its run
-    // was cancelled is dropped.
-    std::uint64_t m_run = 0;
+    void onProgressed(quint64 done, quint64 total);
+    void onFinished();
+
+    // Written by the run's thread before its work returns, read by the
+    // owner's in onFinished(), after the job has joined that thread.
+    std::shared_ptr<const DiscImage> m_image;
+    LoadResult m_result;
+    // Owner's thread only.
+    int m_lastPercent = -1;
+    // Last: destroyed first, so that a run still going is stopped before
+    // the members it writes go.
+    BackgroundJob m_job;
 };
 
 Q_DECLARE_METATYPE(std::shared_ptr<const DiscImage>)

@@ -1,18 +1,16 @@
 #pragma once
 
 #include "ddp/DdpLoader.h"
+#include "jobs/BackgroundJob.h"
 #include "verify/Verification.h"
 
 #include <QObject>
 
-#include <atomic>
 #include <memory>
-#include <vector>
 
 class DDPModel;
 class DiscImage;
 class IDdpFileSource;
-class QThread;
 
 // Verifies a loaded disc on a thread of its own: the checksum files, one
 // read of every listed file, and the disc check. Playback, seeking and
@@ -20,8 +18,9 @@ class QThread;
 // source as they do.
 //
 // start() cancels a run still going; cancel() and the destructor stop the
-// current run at its next block. A cancelled run reports nothing: its
-// results, progress included, are dropped on arrival.
+// current run at its next block and wait for it (a few milliseconds). A
+// cancelled run reports nothing, progress included. The run is a
+// BackgroundJob: signals come from a timer on the owner's thread.
 class VerificationWorker : public QObject
 {
     Q_OBJECT
@@ -33,23 +32,24 @@ public:
     void start(std::shared_ptr<const IDdpFileSource> source, std::shared_ptr<const DDPModel> model,
                DdpFileNames names, std::shared_ptr<const DiscImage> image);
     void cancel();
-    bool isRunning() const { return m_running; }
+    bool isRunning() const { return m_job.isRunning(); }
     // The last finished run's report.
     const VerificationReport& report() const { return m_report; }
 
 signals:
     void progressed(int percent);
     void finished();
-    // From a run's thread, queued; only the current run's get through.
-    void runProgressed(quint64 run, int percent);
-    void runFinished(quint64 run);
 
 private:
-    struct Run;
-    // GUI thread only: the run whose results are still wanted.
-    std::shared_ptr<Run> m_current;
-    quint64 m_runs = 0;
-    bool m_running = false;
-    std::vector<QThread*> m_threads; // GUI thread only: every run's thread, until it is done
-    VerificationReport m_report;
+    void onProgressed(quint64 done, quint64 total);
+    void onFinished();
+
+    VerificationReport m_report; // owner's thread only
+    // Written by the run's thread before its work returns, read by the
+    // owner's in onFinished(), after the job has joined that thread.
+    VerificationReport m_runReport;
+    int m_lastPercent = -1; // owner's thread only
+    // Last: destroyed first, so that a run still going is stopped before
+    // the members it writes go.
+    BackgroundJob m_job;
 };

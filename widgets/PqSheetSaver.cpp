@@ -11,7 +11,8 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QProgressDialog>
-#include <QTimer>
+
+#include <utility>
 
 namespace {
 
@@ -29,8 +30,12 @@ void defaultReport(QWidget* parent, const QString& message)
 } // namespace
 
 PqSheetSaver::PqSheetSaver(QWidget* parent)
-    : QObject(parent), m_parent(parent), m_choose(defaultChoose), m_report(defaultReport)
-{}
+    : QObject(parent), m_parent(parent), m_choose(defaultChoose), m_report(defaultReport),
+      m_job(this)
+{
+    connect(&m_job, &BackgroundJob::progressed, this, &PqSheetSaver::onProgressed);
+    connect(&m_job, &BackgroundJob::finished, this, &PqSheetSaver::onDigested);
+}
 
 PqSheetSaver::~PqSheetSaver()
 {
@@ -55,10 +60,7 @@ void PqSheetSaver::save(Disc disc)
         return;
     }
     m_disc = std::move(disc);
-    m_cancel = false;
-    m_done = 0;
-    m_total = 0;
-    const std::uint64_t run = ++m_run;
+    m_path = path;
 
     auto* dialog = new QProgressDialog(tr("Reading the files of the DDP for their MD5\u2026"),
                                        tr("Cancel"), 0, 1000, m_parent);
@@ -69,13 +71,6 @@ void PqSheetSaver::save(Disc disc)
     dialog->setAutoClose(false);
     dialog->setAutoReset(false);
     connect(dialog, &QProgressDialog::canceled, this, &PqSheetSaver::cancel);
-    auto* timer = new QTimer(dialog);
-    connect(timer, &QTimer::timeout, dialog, [this, dialog] {
-        const std::uint64_t total = m_total;
-        if (total > 0)
-            dialog->setValue(int(m_done * 1000 / total));
-    });
-    timer->start(100);
     m_dialog = dialog;
 
     // The worker reads through its own references: the window may load
@@ -84,26 +79,28 @@ void PqSheetSaver::save(Disc disc)
     std::shared_ptr<const DDPModel> model = m_disc.model;
     std::shared_ptr<const DiscImage> image = m_disc.image;
     std::optional<VerificationReport> verification = m_disc.verification;
-    m_worker = std::thread([this, run, path, files, model, image, verification] {
-        std::vector<PqSheetFile> digests;
+    m_job.start([this, files, model, image, verification](JobContext& context) {
+        m_digests.clear();
         if (files)
-            digests = digestDdpFiles(*files, *model, readDdpFileNames(*files), image,
-                                     verification ? &*verification : nullptr, &m_cancel,
-                                     [this](std::uint64_t done, std::uint64_t total) {
-                                         m_done = done;
-                                         m_total = total;
-                                     });
-        QMetaObject::invokeMethod(
-            this,
-            [this, run, path, digests = std::move(digests)]() mutable {
-                if (run != m_run || !m_worker.joinable())
-                    return;
-                m_worker.join();
-                closeDialog();
-                write(path, std::move(digests));
-            },
-            Qt::QueuedConnection);
+            m_digests =
+                digestDdpFiles(*files, *model, readDdpFileNames(*files), image,
+                               verification ? &*verification : nullptr, &context.cancelFlag(),
+                               [&context](std::uint64_t done, std::uint64_t total) {
+                                   context.setProgress(done, total);
+                               });
     });
+}
+
+void PqSheetSaver::onProgressed(quint64 done, quint64 total)
+{
+    if (m_dialog && total > 0)
+        m_dialog->setValue(int(done * 1000 / total));
+}
+
+void PqSheetSaver::onDigested()
+{
+    closeDialog();
+    write(m_path, std::exchange(m_digests, {}));
 }
 
 void PqSheetSaver::write(const QString& path, std::vector<PqSheetFile> files)
@@ -125,11 +122,7 @@ void PqSheetSaver::write(const QString& path, std::vector<PqSheetFile> files)
 
 void PqSheetSaver::cancel()
 {
-    if (m_worker.joinable()) {
-        m_cancel = true;
-        m_worker.join();
-        ++m_run; // a result still queued is dropped
-    }
+    m_job.cancel();
     closeDialog();
 }
 

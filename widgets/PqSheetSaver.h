@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analysis/LoudnessResult.h"
+#include "jobs/BackgroundJob.h"
 #include "report/PqSheet.h"
 #include "verify/Verification.h"
 
@@ -8,11 +9,9 @@
 #include <QPointer>
 #include <QString>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <thread>
 #include <vector>
 
 class DDPModel;
@@ -22,7 +21,7 @@ class QProgressDialog;
 class QWidget;
 
 // "Save PQ Sheet…": asks for a file (its extension picks PDF, HTML, text or
-// JSON), digests the DDP's files on a worker thread with a progress dialog
+// JSON), digests the DDP's files on a BackgroundJob with a progress dialog
 // that cancels it, then writes the sheet. MD5s the verification has computed
 // are not read again; checksum verdict and loudness are printed as far as
 // they are known when the sheet is asked for.
@@ -54,13 +53,15 @@ public:
     void save(Disc disc);
     // Stops a sheet being made (no file is written) and waits for its worker.
     void cancel();
-    bool isRunning() const { return m_worker.joinable(); }
+    bool isRunning() const { return m_job.isRunning(); }
 
 signals:
     void saved(const QString& path);
     void failed(const QString& message);
 
 private:
+    void onProgressed(quint64 done, quint64 total);
+    void onDigested();
     void write(const QString& path, std::vector<PqSheetFile> files);
     void closeDialog();
     void fail(const QString& message);
@@ -68,11 +69,13 @@ private:
     QWidget* m_parent;
     FileChooser m_choose;
     ErrorReporter m_report;
-    std::thread m_worker;
-    std::atomic<bool> m_cancel{false};
-    std::atomic<std::uint64_t> m_done{0};
-    std::atomic<std::uint64_t> m_total{0};
-    std::uint64_t m_run = 0;
-    Disc m_disc; // GUI thread; the worker has its own copies
+    Disc m_disc;    // GUI thread; the job has its own copies
+    QString m_path; // GUI thread: where the sheet being made goes
     QPointer<QProgressDialog> m_dialog;
+    // Written by the job's thread before its work returns, read by the GUI
+    // thread in onDigested(), after the job has joined that thread.
+    std::vector<PqSheetFile> m_digests;
+    // Last: destroyed first, so that a run still going is stopped before
+    // the members it writes go.
+    BackgroundJob m_job;
 };

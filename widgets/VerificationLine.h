@@ -17,7 +17,8 @@ struct VerificationReport;
 // findings after it. A click opens the details.
 //
 // It owns the worker: start() after a load, cancel() at the next load or at
-// close. Nothing here waits for the worker.
+// close. Nothing here waits for the worker but cancel(), for the block it is
+// reading, a few milliseconds.
 class VerificationLine : public ClickableLabel
 {
     Q_OBJECT
