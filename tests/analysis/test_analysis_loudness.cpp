@@ -325,6 +325,14 @@ private slots:
         runs.add(a, 3);
         runs.add(b, 6);
         QCOMPARE(runs.count(), qint64(3));
+        // A block without a full-scale sample ends every run.
+        const qint16 loud[] = {32767, 0};
+        const qint16 quiet[] = {0, 0};
+        ClippedRuns apart;
+        apart.add(loud, 1);
+        apart.add(quiet, 1);
+        apart.add(loud, 1);
+        QCOMPARE(apart.count(), qint64(0));
     }
 
     void loudnessRangeGates()
