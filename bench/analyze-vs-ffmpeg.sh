@@ -4,7 +4,9 @@
 # clipped runs) against `ffmpeg -af ebur128=peak=true` over the same audio as
 # one WAV, side by side in one run with a warm page cache, and the peak
 # memory of both. The baseline for memory is `tivora-ddp info` on the same
-# disc: what the program holds before it measures anything.
+# disc: what the program holds before it measures anything. Two more lines
+# say what two cores can give at all here: two ffmpeg runs at once against
+# one, and the analysis held to one core.
 #   bench/analyze-vs-ffmpeg.sh build/tools
 # RUNS (default 5) timed runs each, the median printed. WORK (default a new
 # folder under /tmp) must have room for the image twice, about 1.6 GB.
@@ -47,6 +49,21 @@ fm=$(printf '%s\n' "${f[@]}" | median)
 printf '  %-34s %8.3f s   runs: %s\n' "tivora-ddp analyze" "$am" "$(printf '%.3f ' "${a[@]}")"
 printf '  %-34s %8.3f s   runs: %s\n' "ffmpeg -af ebur128=peak=true" "$fm" "$(printf '%.3f ' "${f[@]}")"
 printf '  %-34s %8.2f x\n' "ffmpeg / analyze" "$(echo "$fm / $am" | bc -l)"
+
+# What two cores can give at all: the same ffmpeg run twice at once against
+# once alone, and the analysis held to one core against ffmpeg (the work
+# per core of libebur128 against ffmpeg's own meter).
+ffmpeg_run=(ffmpeg -nostdin -hide_banner -nostats -i "$wav" -af ebur128=peak=true -f null -)
+pair_start=$(now)
+"${ffmpeg_run[@]}" >/dev/null 2>&1 &
+"${ffmpeg_run[@]}" >/dev/null 2>&1
+wait
+pair=$(echo "$(now) - $pair_start" | bc -l)
+one=$(timed taskset -c 0 "$DDP" analyze "$disc")
+printf '  %-34s %8.3f s   (two cores give %.2f x one)\n' "two ffmpeg runs side by side" "$pair" \
+    "$(echo "2 * $fm / $pair" | bc -l)"
+printf '  %-34s %8.3f s   (%.2f x ffmpeg'"'"'s time)\n' "tivora-ddp analyze on one core" "$one" \
+    "$(echo "$one / $fm" | bc -l)"
 
 info_kib=$(peak_kib "$DDP" info "$disc")
 analyze_kib=$(peak_kib "$DDP" analyze "$disc")
