@@ -1,13 +1,11 @@
 #include "analysis/RangeMeter.h"
 
+#include "analysis/Ebur128State.h"
 #include "analysis/LoudnessRange.h"
 #include "analysis/RangeBlocks.h"
 
-#include <ebur128.h>
-
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <vector>
 
 namespace {
@@ -33,21 +31,8 @@ double decibels(double linear)
 
 } // namespace
 
-struct RangeMeter::State
-{
-    explicit State(int mode) : st(ebur128_init(2, 44100, unsigned(mode)))
-    {
-        if (!st)
-            throw std::bad_alloc();
-    }
-    ~State() { ebur128_destroy(&st); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
-    ebur128_state* st;
-};
-
 RangeMeter::RangeMeter(TruePeak truePeak)
-    : m_state(std::make_unique<State>(
+    : m_state(std::make_unique<Ebur128State>(
           truePeak == TruePeak::Measured ? kLoudnessMode | EBUR128_MODE_TRUE_PEAK : kLoudnessMode)),
       m_measuresTruePeak(truePeak == TruePeak::Measured)
 {}

@@ -12,6 +12,7 @@
 #include <vector>
 
 class DiscImage;
+struct Ebur128State;
 
 // The measurement of one range of the disc (a track, or a pause between two)
 // with one libebur128 state: integrated loudness, sample and true peak from
@@ -74,8 +75,7 @@ private:
     void addStep(const qint16* interleaved, std::size_t frames);
     void closeStep();
 
-    struct State; // the library's state
-    std::unique_ptr<State> m_state;
+    std::unique_ptr<Ebur128State> m_state;
     ClippedRuns m_clipped;
     // The energy of the last 30 complete 100 ms steps, for the windows.
     std::array<double, 30> m_stepEnergy{};

@@ -1,12 +1,10 @@
 #include "analysis/TruePeakMeter.h"
 
+#include "analysis/Ebur128State.h"
 #include "analysis/RangeBlocks.h"
 #include "analysis/RangeMeter.h"
 
-#include <ebur128.h>
-
 #include <algorithm>
-#include <new>
 
 namespace {
 
@@ -14,20 +12,7 @@ constexpr qint64 kBytesPerFrame = 4;
 
 } // namespace
 
-struct TruePeakMeter::State
-{
-    State() : st(ebur128_init(2, 44100, EBUR128_MODE_TRUE_PEAK))
-    {
-        if (!st)
-            throw std::bad_alloc();
-    }
-    ~State() { ebur128_destroy(&st); }
-    State(const State&) = delete;
-    State& operator=(const State&) = delete;
-    ebur128_state* st;
-};
-
-TruePeakMeter::TruePeakMeter() : m_state(std::make_unique<State>()) {}
+TruePeakMeter::TruePeakMeter() : m_state(std::make_unique<Ebur128State>(EBUR128_MODE_TRUE_PEAK)) {}
 
 TruePeakMeter::~TruePeakMeter() = default;
 

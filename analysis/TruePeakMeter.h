@@ -6,6 +6,7 @@
 #include <memory>
 
 class DiscImage;
+struct Ebur128State;
 
 // The true peak of one stretch of a range, so that a long range's true peak
 // can be shared among the cores. The library's interpolator looks back a
@@ -32,7 +33,6 @@ public:
     double peak() const { return m_peak; }
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    std::unique_ptr<Ebur128State> m_state;
     double m_peak = 0.0;
 };
