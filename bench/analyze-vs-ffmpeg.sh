@@ -11,13 +11,9 @@
 # RUNS (default 5) timed runs each, the median printed. WORK (default a new
 # folder under /tmp) must have room for the image twice, about 1.6 GB.
 set -uo pipefail
-[ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
-RUNS=${RUNS:-5}
-MINUTES=${MINUTES:-74}
 . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
-find_tools "$1"
+start_tools_bench analyze 5 "$@"
 command -v ffmpeg >/dev/null || { echo "ffmpeg is missing (tools/install-deps.sh)" >&2; exit 2; }
-make_work analyze
 
 peak_kib() { # command...: the maximum resident set size in KiB
     /usr/bin/time -v "$@" 2>&1 >/dev/null | awk -F: '/Maximum resident set size/ { gsub(/ /, "", $2); print $2 }'

@@ -10,13 +10,9 @@
 # the disc's length. WORK (default a new folder under /tmp) must have room for
 # the image, its WAVs and two sets of FLACs, about 2.5 GB.
 set -uo pipefail
-[ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
-RUNS=${RUNS:-3}
-MINUTES=${MINUTES:-74}
 . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
-find_tools "$1"
+start_tools_bench flac 3 "$@"
 command -v flac >/dev/null || { echo "the flac command is needed (Debian package flac)" >&2; exit 2; }
-make_work flac
 
 # Every run starts with an empty output folder and the dirty pages written out.
 before_run() {

@@ -20,6 +20,19 @@ make_work() { # NAME
     trap 'rm -rf "$WORK"' EXIT
 }
 
+# The set-up of a benchmark of the command-line tools: exits 2 with the
+# usage unless one TOOLS_DIR is given; RUNS (default DEFAULT_RUNS) and
+# MINUTES (default 74) from the environment; MKDDP, DDP and WORK.
+start_tools_bench() { # NAME DEFAULT_RUNS ARGS...
+    local name=$1 runs=$2
+    shift 2
+    [ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
+    RUNS=${RUNS:-$runs}
+    MINUTES=${MINUTES:-74}
+    find_tools "$1"
+    make_work "$name"
+}
+
 now() { date +%s.%N; }
 
 # The median of the numbers on standard input, one a line.

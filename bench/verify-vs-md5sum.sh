@@ -9,12 +9,8 @@
 # RUNS (default 5) timed runs each, the median printed. WORK (default a new
 # folder under /tmp) must have room for one image, about 800 MB.
 set -uo pipefail
-[ $# -eq 1 ] || { echo "usage: $0 TOOLS_DIR" >&2; exit 2; }
-RUNS=${RUNS:-5}
-MINUTES=${MINUTES:-74}
 . "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
-find_tools "$1"
-make_work verify
+start_tools_bench verify 5 "$@"
 
 can_drop=0
 if [ -w /proc/sys/vm/drop_caches ] && sync && echo 3 >/proc/sys/vm/drop_caches 2>/dev/null; then

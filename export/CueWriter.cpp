@@ -28,10 +28,8 @@ QString CueWriter::audioPathFor(const QString& cuePath, CueAudioFile kind)
 
 QString CueWriter::run()
 {
-    if (!m_model)
-        return tr("No DDP is loaded.");
     QString error;
-    const std::shared_ptr<const DiscImage> image = openImage(&error);
+    const std::shared_ptr<const DiscImage> image = openImage(m_model.get(), &error);
     if (!image)
         return error;
     const QString audioPath = audioPathFor(m_outputPath, m_kind);

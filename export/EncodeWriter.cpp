@@ -83,10 +83,8 @@ QString EncodeWriter::prepareJobs(const DiscImage& image, std::vector<Job>& jobs
 
 QString EncodeWriter::run()
 {
-    if (!m_model)
-        return tr("No DDP is loaded.");
     QString error;
-    const std::shared_ptr<const DiscImage> image = openImage(&error);
+    const std::shared_ptr<const DiscImage> image = openImage(m_model.get(), &error);
     if (!image)
         return error;
     std::vector<Job> jobs;

@@ -59,6 +59,15 @@ std::shared_ptr<const DiscImage> FileWriter::openImage(QString* error) const
     return image;
 }
 
+std::shared_ptr<const DiscImage> FileWriter::openImage(const DDPModel* model, QString* error) const
+{
+    if (!model) {
+        *error = tr("No DDP is loaded.");
+        return nullptr;
+    }
+    return openImage(error);
+}
+
 bool FileWriter::isImageFile(const DiscImage& image, const QString& path)
 {
     const QString output = QFileInfo(path).canonicalFilePath();

@@ -73,6 +73,9 @@ protected:
     // The image set with setImage(), else the image path opened as one file;
     // null with the message in `error` when it cannot be opened.
     std::shared_ptr<const DiscImage> openImage(QString* error) const;
+    // The same for a writer that needs the disc's model too: null with the
+    // message in `error` when no DDP is loaded as well.
+    std::shared_ptr<const DiscImage> openImage(const DDPModel* model, QString* error) const;
     // An empty string when `path` may take the track [start, end) of `image`,
     // else why not: the range is not valid, `path` is the image itself (which
     // would destroy the master), or the image does not hold the whole track

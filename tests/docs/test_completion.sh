@@ -9,13 +9,7 @@
 set -uo pipefail
 export LC_ALL=C # the offers are compared sorted
 ddp=$1 mkddp=$2 completion=$3
-failures=0
-fail() {
-    echo "FAIL: $*"
-    failures=$((failures + 1))
-}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 # A disc of 12 tracks (so that "1" completes to 1, 10, 11 and 12), the same
 # disc in an archive, and beside them what a disc is not. Folder names with a
@@ -120,5 +114,4 @@ expect "* Other Disc album out dir" export album ""
 expect "" info album ""
 expect "" tracks album ""
 
-[[ $failures -eq 0 ]] && echo "completion offers what it should"
-exit $((failures > 0))
+finish "completion offers what it should"

@@ -9,13 +9,7 @@
 #   test_help_and_man.sh TIVORA_DDP TIVORA_OR_EMPTY MAN_SOURCE_DIR BUILT_MAN_DIR
 set -uo pipefail
 ddp=$1 window=$2 source_dir=$3 built_dir=$4
-failures=0
-fail() {
-    echo "FAIL: $*"
-    failures=$((failures + 1))
-}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+. "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 # Options as a program's help writes them: any -x or --word not inside a word.
 help_options() { grep -oP '(?<![\w.-])--?[a-z][a-z0-9-]*' | sort -u; }
@@ -101,5 +95,4 @@ done
 [[ $built_dir/tivora-ddp.1 -nt $source_dir/tivora-ddp.1.scd ]] ||
     fail "tivora-ddp.1 is older than its source"
 
-[[ $failures -eq 0 ]] && echo "help and manual pages agree"
-exit $((failures > 0))
+finish "help and manual pages agree"
