@@ -1,5 +1,8 @@
 #include "DdpTestBytes.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <cstdio>
 
 namespace testbytes {
@@ -76,14 +79,8 @@ std::vector<Entry> simpleEntries(int leadInGap, const std::vector<int>& trackSec
 std::string cdTextPack(std::uint8_t type, std::uint8_t track, std::uint8_t sequence,
                        std::uint8_t flags, std::string_view text12)
 {
-    std::string p;
-    p += static_cast<char>(type);
-    p += static_cast<char>(track);
-    p += static_cast<char>(sequence);
-    p += static_cast<char>(flags);
-    p += padded(text12, 12, '\0');
-    p += std::string(2, '\0');
-    return p;
+    const std::string head{char(type), char(track), char(sequence), char(flags)};
+    return head + padded(text12, 12, '\0') + std::string(2, '\0'); // CRC zero
 }
 
 std::string sizeInfoPacks(std::uint8_t lastTrack, std::uint8_t lastSequence,
@@ -161,14 +158,14 @@ MemoryFileSource memoryDisc(const std::vector<Entry>& entries, const std::string
     return memorySource(discFiles(entries, cdText));
 }
 
-bool writeFolder(const std::string& folder, const Files& files)
+bool writeFolder(const QString& folder, const Files& files)
 {
+    if (!QDir().mkpath(folder))
+        return false;
     for (const auto& [name, content] : files) {
-        std::FILE* f = std::fopen((folder + "/" + name).c_str(), "wb");
-        if (!f)
-            return false;
-        const bool ok = std::fwrite(content.data(), 1, content.size(), f) == content.size();
-        if (std::fclose(f) != 0 || !ok)
+        QFile f(QDir(folder).filePath(QString::fromStdString(name)));
+        if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+            f.write(content.data(), qint64(content.size())) != qint64(content.size()))
             return false;
     }
     return true;

@@ -73,7 +73,7 @@ using Files = std::map<std::string, std::string>;
 Files discFiles(const std::vector<Entry>& entries, const std::string& cdText = {});
 MemoryFileSource memoryDisc(const std::vector<Entry>& entries, const std::string& cdText = {});
 MemoryFileSource memorySource(const Files& files);
-// Writes the files into an existing folder; false on any failure.
-bool writeFolder(const std::string& folder, const Files& files);
+// Writes the files into the folder, made if absent; false on any failure.
+bool writeFolder(const QString& folder, const Files& files);
 
 } // namespace testbytes

@@ -2,21 +2,17 @@
 // as one, from many threads at once; the map's audio streams joined in the
 // order of their start sectors with silence in the gaps, data sessions left
 // out and named; and the whole disc exported byte for byte from a split image.
+#include "DdpTestRun.h"
+
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "ddp/ImageLayout.h"
-#include "tools/mkddp/Mkddp.h"
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QStandardItemModel>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
@@ -47,16 +43,6 @@ QByteArray readAll(const DiscImage& image)
     const std::uint64_t got = image.read(0, bytes.data(), image.length());
     bytes.truncate(int(got));
     return bytes;
-}
-
-QJsonObject infoJson(const QString& folder)
-{
-    QProcess process;
-    process.start(QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                      QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
-                  {QStringLiteral("info"), QStringLiteral("--json"), folder});
-    process.waitForFinished(30000);
-    return QJsonDocument::fromJson(process.readAllStandardOutput()).object();
 }
 
 // The DDPMS with its audio packets in the opposite order.
@@ -95,18 +81,9 @@ class TestDdpDiscImage : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    int m_count = 0;
-    QString path(const QString& name) const { return m_dir.filePath(name); }
-
-    QString disc(const mkddp::DiscSpec& spec)
-    {
-        const QString folder = path(QStringLiteral("disc%1").arg(++m_count));
-        QString error;
-        if (!mkddp::writeDisc(spec, folder, &error))
-            qWarning("%s", qPrintable(error));
-        return folder;
-    }
+    ddptest::Discs m_discs;
+    QString path(const QString& name) const { return m_discs.path(name); }
+    QString disc(const mkddp::DiscSpec& spec) { return m_discs.write(spec); }
 
     static mkddp::DiscSpec splitDisc(int streams, int gapFrames)
     {
@@ -119,7 +96,7 @@ private:
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_discs.isValid());
         QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
     }
 
@@ -246,7 +223,7 @@ private slots:
         QVERIFY(image);
         QCOMPARE(readAll(*image), mkddp::expectedImageBytes(spec));
 
-        const QJsonObject json = infoJson(folder);
+        const QJsonObject json = ddptest::info(folder).json;
         QCOMPARE(json.value(QStringLiteral("streams")).toArray().size(), streams);
         const QJsonArray skipped = json.value(QStringLiteral("skippedStreams")).toArray();
         QCOMPARE(skipped.size(), dataStream ? 1 : 0);
@@ -296,12 +273,7 @@ private slots:
         const mkddp::DiscSpec spec = splitDisc(3, 10);
         const QString folder = disc(spec);
         const QString out = path(QStringLiteral("split-out"));
-        QProcess process;
-        process.start(QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                          QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
-                      {QStringLiteral("export"), folder, out});
-        QVERIFY(process.waitForFinished(60000));
-        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(ddptest::tivoraDdp({QStringLiteral("export"), folder, out}).exitCode, 0);
         const QByteArray whole = mkddp::expectedImageBytes(spec);
         for (int k = 0; k < spec.tracks.size(); ++k) {
             const int number = spec.firstTrackNumber + k;

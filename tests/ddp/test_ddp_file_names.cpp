@@ -1,7 +1,7 @@
 // Folder names that are not UTF-8 (a Latin-1 "Caf\xe9" on a UTF-8 system):
 // the codec's byte-exact round trip, and such a folder opened by the loader,
 // by a drop, and by `tivora-ddp info` and `export`.
-#include "tools/mkddp/Mkddp.h"
+#include "DdpTestRun.h"
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFolderCheck.h"
@@ -10,10 +10,7 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMimeData>
-#include <QProcess>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTextCodec>
@@ -23,29 +20,12 @@
 
 namespace {
 
-QString toolPath()
+// QProcess hands the arguments over through the locale's codec: with the
+// file-name codec installed the bytes arrive as they are.
+ddptest::Run tivoraDdp(const QStringList& args)
 {
-    return QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-           QStringLiteral("/tools/tivora-ddp/tivora-ddp");
-}
-
-struct Run
-{
-    int exitCode = -1;
-    QByteArray out;
-};
-
-Run tivoraDdp(const QStringList& args)
-{
-    QProcess process;
-    // QProcess hands the arguments over through the locale's codec: with the
-    // file-name codec installed the bytes arrive as they are.
-    process.start(toolPath(), args);
-    Run run;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
-        run.exitCode = process.exitCode();
-        run.out = process.readAllStandardOutput() + process.readAllStandardError();
-    }
+    ddptest::Run run = ddptest::tivoraDdp(args);
+    run.out += run.err;
     return run;
 }
 
@@ -201,7 +181,7 @@ void TestDdpFileNames::droppedUrlKeepsTheBytes()
 
 void TestDdpFileNames::commandLineInfoAndExport()
 {
-    Run run = tivoraDdp({QStringLiteral("info"), m_folder});
+    ddptest::Run run = tivoraDdp({QStringLiteral("info"), m_folder});
     QCOMPARE(run.exitCode, 0);
     // The terminal gets the byte it cannot show as an escape.
     QVERIFY2(run.out.contains("/Caf\\xe9\n"), run.out.constData());
@@ -210,8 +190,7 @@ void TestDdpFileNames::commandLineInfoAndExport()
     run = tivoraDdp(
         {QStringLiteral("info"), QStringLiteral("--json"), m_folder + QStringLiteral("/DDPID")});
     QCOMPARE(run.exitCode, 0);
-    QCOMPARE(QJsonDocument::fromJson(run.out).object().value(QStringLiteral("kind")).toInt(),
-             int(ErrorKind::NoError));
+    QCOMPARE(run.json.value(QStringLiteral("kind")).toInt(), int(ErrorKind::NoError));
 
     // Into an output folder that is not UTF-8 either.
     const QString out = QFile::decodeName(QFile::encodeName(m_dir.path()) + "/Sortie\xe9");

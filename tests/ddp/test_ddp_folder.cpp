@@ -28,11 +28,6 @@ Files soundFiles()
     return discFiles(simpleEntries(2, {60, 90}));
 }
 
-bool write(const QString& folder, const Files& files)
-{
-    return QDir().mkpath(folder) && writeFolder(QFile::encodeName(folder).toStdString(), files);
-}
-
 } // namespace
 
 class TestDdpFolder : public QObject
@@ -77,7 +72,7 @@ private slots:
             files["DDPID"] = testbytes::ddpid();
         if (ddpms)
             files["DDPMS"] = testbytes::ddpms();
-        QVERIFY(write(folder, files));
+        QVERIFY(writeFolder(folder, files));
         QCOMPARE(openDialogCheck(folder), kind);
         QCOMPARE(DdpFolderCheck(folder), kind == ErrorKind::NoError);
         QCOMPARE(DdpDropCheck(folder), kind == ErrorKind::NoError);
@@ -86,7 +81,7 @@ private slots:
     void dropsStandForTheirFolder()
     {
         const QString folder = path(QStringLiteral("drop"));
-        QVERIFY(write(folder, soundFiles()));
+        QVERIFY(writeFolder(folder, soundFiles()));
         const QString image = folder + QStringLiteral("/IMAGE.DAT");
         QVERIFY(DdpDropCheck(image));
         QCOMPARE(ddpFolderForDroppedPath(image), QDir(folder).absolutePath());
@@ -113,7 +108,7 @@ private slots:
         Files lower;
         for (const auto& [name, content] : soundFiles())
             lower[QString::fromStdString(name).toLower().toStdString()] = content;
-        QVERIFY(write(folder, lower));
+        QVERIFY(writeFolder(folder, lower));
         QVERIFY(DdpFolderCheck(folder));
         QCOMPARE(openDialogCheck(folder), ErrorKind::NoError);
         QStandardItemModel table;
@@ -122,7 +117,7 @@ private slots:
         QCOMPARE(table.rowCount(), 3);
 
         // The exact name wins when both exist.
-        QVERIFY(write(folder, {{"IMAGE.DAT", "x"}}));
+        QVERIFY(writeFolder(folder, {{"IMAGE.DAT", "x"}}));
         QCOMPARE(resolveDdpFile(folder, QStringLiteral("IMAGE.DAT")),
                  folder + QStringLiteral("/IMAGE.DAT"));
         QCOMPARE(resolveDdpFile(folder, QStringLiteral("image.dat")),
@@ -145,7 +140,7 @@ private slots:
             b.texts[0x80] = {"Album", "One", "Two"};
             files["CDTEXT.BIN"] = cdTextBlock(b);
         }
-        QVERIFY(write(folder, files));
+        QVERIFY(writeFolder(folder, files));
         QStandardItemModel table;
         DDPModel model;
         QCOMPARE(loadDdp(folder, &table, model).kind, ErrorKind::NoError);
@@ -156,7 +151,7 @@ private slots:
         DDPModel second;
         QCOMPARE(loadDdp(folder, &table, second).kind, ErrorKind::ImageMissing);
         QCOMPARE(table.rowCount(), 3);
-        QVERIFY(write(folder, {{"DDPMS", ddpms("", "", "")}}));
+        QVERIFY(writeFolder(folder, {{"DDPMS", ddpms("", "", "")}}));
         QCOMPARE(loadDdp(folder, &table, second).kind, ErrorKind::PqdescrInvalid);
     }
 

@@ -3,20 +3,15 @@
 // needs. Each ends in one error (or in a disc without that file), at once and
 // in little memory, through the loader and through every tivora-ddp command.
 #include "DdpTestBytes.h"
+#include "DdpTestRun.h"
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
 #include "ddp/ReadLimits.h"
-#include "tools/mkddp/Mkddp.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QStandardItemModel>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -25,41 +20,17 @@
 
 namespace {
 
-struct Run
-{
-    bool finished = false; // false: still running after the limit (a hang)
-    int exitCode = -1;
-    qint64 milliseconds = 0;
-    QJsonObject json;
-    QByteArray err;
-};
+using ddptest::Run;
 
-// A hang is a failure, not a stuck test: the command is killed after 10 s.
+// A hang is a failure, not a stuck test: every command is killed after 10 s.
 Run runTool(const QStringList& args)
 {
-    QProcess process;
-    QElapsedTimer timer;
-    timer.start();
-    process.start(QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                      QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
-                  args);
-    Run run;
-    run.finished = process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit;
-    if (!run.finished) {
-        process.kill();
-        process.waitForFinished();
-        return run;
-    }
-    run.milliseconds = timer.elapsed();
-    run.exitCode = process.exitCode();
-    run.json = QJsonDocument::fromJson(process.readAllStandardOutput()).object();
-    run.err = process.readAllStandardError();
-    return run;
+    return ddptest::tivoraDdp(args, 10000);
 }
 
 Run info(const QString& folder)
 {
-    return runTool({QStringLiteral("info"), QStringLiteral("--json"), folder});
+    return ddptest::info(folder, 10000);
 }
 
 // Peak resident memory of this process so far, in KiB.
@@ -89,23 +60,16 @@ class TestDdpHostile : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
-    int m_count = 0;
+    ddptest::Discs m_discs;
 
-    // A fresh generated disc; `name` replaced by what `replace` makes there.
-    QString disc(const mkddp::DiscSpec& spec = shortDisc())
-    {
-        const QString folder = m_dir.filePath(QStringLiteral("disc%1").arg(++m_count));
-        QString error;
-        if (!mkddp::writeDisc(spec, folder, &error))
-            qWarning("%s", qPrintable(error));
-        return folder;
-    }
+    QString disc(const mkddp::DiscSpec& spec = shortDisc()) { return m_discs.write(spec); }
+    // The export folder of the latest disc.
+    QString out() const { return m_discs.path(QStringLiteral("out%1").arg(m_discs.count())); }
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
+        QVERIFY(m_discs.isValid());
         QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
     }
 
@@ -154,14 +118,10 @@ private slots:
 
         // The commands that read the image stop at once as well.
         if (name == QLatin1String("IMAGE.DAT")) {
-            const Run exported = runTool({QStringLiteral("export"), folder,
-                                          m_dir.filePath(QStringLiteral("out%1").arg(m_count))});
+            const Run exported = runTool({QStringLiteral("export"), folder, out()});
             QVERIFY2(exported.finished, "tivora-ddp export hung");
             QCOMPARE(exported.exitCode, 1);
-            QVERIFY(!QDir(m_dir.filePath(QStringLiteral("out%1").arg(m_count))).exists() ||
-                    QDir(m_dir.filePath(QStringLiteral("out%1").arg(m_count)))
-                        .entryList(QDir::Files)
-                        .isEmpty());
+            QVERIFY(QDir(out()).entryList(QDir::Files).isEmpty()); // also when out() is absent
             const Run played = runTool({QStringLiteral("play"), folder});
             QVERIFY2(played.finished, "tivora-ddp play hung");
             QCOMPARE(played.exitCode, 1);
@@ -264,10 +224,9 @@ private slots:
 
         const Run run = info(folder);
         QCOMPARE(run.json.value(QStringLiteral("kind")).toInt(-1), kind);
-        const QString out = m_dir.filePath(QStringLiteral("out%1").arg(m_count));
-        const Run exported = runTool({QStringLiteral("export"), folder, out});
+        const Run exported = runTool({QStringLiteral("export"), folder, out()});
         QCOMPARE(exported.exitCode, kind == 12 ? 0 : 1);
-        QCOMPARE(QDir(out).entryList(QDir::Files).size(), kind == 12 ? 3 : 0);
+        QCOMPARE(QDir(out()).entryList(QDir::Files).size(), kind == 12 ? 3 : 0);
     }
 };
 

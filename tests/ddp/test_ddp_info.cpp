@@ -1,12 +1,9 @@
 // `tivora-ddp info` run as a program: the order of the folder checks, the
 // exit statuses, the JSON object, and the round trip of a generated disc.
 #include "DdpTestBytes.h"
+#include "DdpTestRun.h"
 
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -14,31 +11,9 @@ using namespace testbytes;
 
 namespace {
 
-struct Run
+ddptest::Run runInfo(const QStringList& args)
 {
-    int exitCode = -1;
-    QByteArray out;
-    QJsonObject json;
-};
-
-Run runInfo(const QStringList& args)
-{
-    const QString binary = QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
-                           QStringLiteral("/tools/tivora-ddp/tivora-ddp");
-    QProcess process;
-    process.start(binary, QStringList{QStringLiteral("info")} + args);
-    Run run;
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
-        return run;
-    run.exitCode = process.exitCode();
-    run.out = process.readAllStandardOutput();
-    run.json = QJsonDocument::fromJson(run.out).object();
-    return run;
-}
-
-bool write(const QString& folder, const Files& files)
-{
-    return QDir().mkpath(folder) && writeFolder(QFile::encodeName(folder).toStdString(), files);
+    return ddptest::tivoraDdp(QStringList{QStringLiteral("info")} + args);
 }
 
 } // namespace
@@ -93,9 +68,9 @@ private slots:
                 chosen[name.toStdString()] = all.at(name.toStdString());
         }
         if (!files.contains(QStringLiteral("<none>")))
-            QVERIFY(write(path(folder), chosen));
+            QVERIFY(writeFolder(path(folder), chosen));
 
-        const Run run = runInfo({QStringLiteral("--json"), path(folder)});
+        const ddptest::Run run = runInfo({QStringLiteral("--json"), path(folder)});
         QCOMPARE(run.exitCode, kind == 12 ? 0 : 1);
         QCOMPARE(run.json.value(QStringLiteral("kind")).toInt(-1), kind);
         QCOMPARE(run.json.value(QStringLiteral("title")).toString(), title);
@@ -105,7 +80,7 @@ private slots:
         QVERIFY(run.out.endsWith('\n') && run.out.count('\n') == 1);
 
         // Without --json: the same status and words for a person.
-        const Run text = runInfo({path(folder)});
+        const ddptest::Run text = runInfo({path(folder)});
         QCOMPARE(text.exitCode, run.exitCode);
         if (kind != 12)
             QVERIFY2(text.out.contains(title.toUtf8()), text.out.constData());
@@ -116,8 +91,9 @@ private slots:
     void aFileStandsForItsFolder()
     {
         const QString folder = path(QStringLiteral("byfile"));
-        QVERIFY(write(folder, discFiles(simpleEntries(3, {10}))));
-        const Run run = runInfo({QStringLiteral("--json"), folder + QStringLiteral("/PQDESCR")});
+        QVERIFY(writeFolder(folder, discFiles(simpleEntries(3, {10}))));
+        const ddptest::Run run =
+            runInfo({QStringLiteral("--json"), folder + QStringLiteral("/PQDESCR")});
         QCOMPARE(run.exitCode, 0);
         const QJsonArray rows = run.json.value(QStringLiteral("rows")).toArray();
         QCOMPARE(rows.size(), 3);

@@ -1,4 +1,4 @@
-// The test pattern and its inverse, the written image, the demo disc and the
+// The test pattern and its inverse, the written folder, the demo disc and the
 // tivora-mkddp command.
 #include "tools/mkddp/Mkddp.h"
 
@@ -18,9 +18,33 @@ qint16 sampleAt(const QByteArray& bytes, qint64 offset)
     return qint16(quint8(bytes.at(int(offset))) | quint8(bytes.at(int(offset + 1))) << 8);
 }
 
-QString binary(const QString& relative)
+// Runs tivora-mkddp; its exit status, -1 when it did not finish.
+int mkddpCommand(const QStringList& args, QByteArray* out = nullptr)
 {
-    return QDir(qEnvironmentVariable("TIVORA_BINARY_DIR")).filePath(relative);
+    QProcess p;
+    p.start(QDir(qEnvironmentVariable("TIVORA_BINARY_DIR"))
+                .filePath(QStringLiteral("tools/mkddp/tivora-mkddp")),
+            args);
+    if (!p.waitForFinished(30000))
+        return -1;
+    if (out)
+        *out = p.readAllStandardOutput();
+    return p.exitCode();
+}
+
+// Empty when the folder holds exactly these files with these bytes; else
+// what differs.
+QString folderDiffers(const QString& folder, const DiscFiles& files)
+{
+    const QStringList names = QDir(folder).entryList(QDir::Files);
+    if (names.size() != int(files.size()))
+        return names.join(QLatin1Char(' '));
+    for (const auto& [name, bytes] : files) {
+        QFile file(QDir(folder).filePath(name));
+        if (!file.open(QIODevice::ReadOnly) || file.readAll() != bytes)
+            return name;
+    }
+    return QString();
 }
 
 } // namespace
@@ -116,23 +140,29 @@ private slots:
         QVERIFY(audible.left(int(track1)) != zeros(track1)); // the default is not silent
     }
 
-    void writtenImage()
+    // The folder holds exactly the built files, the image being the pattern;
+    // writing again with a file left out removes the old one.
+    void writtenFolder()
     {
         QTemporaryDir dir;
+        QVERIFY(dir.isValid());
         DiscSpec spec = simpleDisc(3, 2);
         spec.tracks[1].pauseFrames = 40;
-        QVERIFY(writeDisc(spec, dir.path()));
-        QFile image(QDir(dir.path()).filePath(QStringLiteral("IMAGE.DAT")));
-        QVERIFY(image.open(QIODevice::ReadOnly));
-        QCOMPARE(image.size(), imageSize(spec));
+        QString error;
+        QVERIFY2(writeDisc(spec, dir.path(), &error), qPrintable(error));
+        const DiscFiles files = buildFiles(spec, true);
+        QCOMPARE(folderDiffers(dir.path(), files), QString());
+        const QByteArray image = files.at(QStringLiteral("IMAGE.DAT"));
+        QCOMPARE(qint64(image.size()), imageSize(spec));
         const TestPattern pattern(spec);
+        QCOMPARE(image, pattern.bytes(0, imageSize(spec)));
         for (qint64 offset : {qint64(0), indexPosition(spec, 2, 0) - 2, indexPosition(spec, 3, 1),
-                              imageSize(spec) - 64}) {
-            QVERIFY(image.seek(offset));
-            QCOMPARE(image.read(64), pattern.bytes(offset, 64));
-        }
-        QCOMPARE(buildFiles(spec, true).at(QStringLiteral("IMAGE.DAT")),
-                 pattern.bytes(0, imageSize(spec)));
+                              imageSize(spec) - 64})
+            QCOMPARE(image.mid(int(offset), 64), pattern.bytes(offset, 64));
+
+        spec.faults = {Fault::NoDdpid};
+        QVERIFY(writeDisc(spec, dir.path(), &error));
+        QVERIFY(!QDir(dir.path()).exists(QStringLiteral("DDPID")));
     }
 
     void longDiscSize()
@@ -179,15 +209,12 @@ private slots:
     void command()
     {
         QTemporaryDir dir;
-        const QString mkddp = binary(QStringLiteral("tools/mkddp/tivora-mkddp"));
         const QString folder = QDir(dir.path()).filePath(QStringLiteral("disc"));
-        QProcess p;
-        p.start(mkddp,
-                {QStringLiteral("test"), folder, QStringLiteral("--tracks"), QStringLiteral("2"),
-                 QStringLiteral("--seconds"), QStringLiteral("3"), QStringLiteral("--cdtext"),
-                 QStringLiteral("--fault"), QStringLiteral("no-image-file")});
-        QVERIFY(p.waitForFinished(30000));
-        QCOMPARE(p.exitCode(), 0);
+        QCOMPARE(mkddpCommand({QStringLiteral("test"), folder, QStringLiteral("--tracks"),
+                               QStringLiteral("2"), QStringLiteral("--seconds"),
+                               QStringLiteral("3"), QStringLiteral("--cdtext"),
+                               QStringLiteral("--fault"), QStringLiteral("no-image-file")}),
+                 0);
         QStringList names = QDir(folder).entryList(QDir::Files);
         QCOMPARE(names, (QStringList{QStringLiteral("CDTEXT.BIN"), QStringLiteral("DDPID"),
                                      QStringLiteral("DDPMS"), QStringLiteral("PQDESCR")}));
@@ -195,15 +222,12 @@ private slots:
         QVERIFY(pq.open(QIODevice::ReadOnly));
         QCOMPARE(pq.size(), 64 * 6); // lead-in, pause, two tracks, two lead-out entries
 
-        p.start(mkddp, {QStringLiteral("test"), folder, QStringLiteral("--fault"),
-                        QStringLiteral("no-such-fault")});
-        QVERIFY(p.waitForFinished(30000));
-        QCOMPARE(p.exitCode(), 2);
-
-        p.start(mkddp, {QStringLiteral("--help")});
-        QVERIFY(p.waitForFinished(30000));
-        QCOMPARE(p.exitCode(), 0);
-        QVERIFY(p.readAllStandardOutput().contains("pq-not-a-number"));
+        QCOMPARE(mkddpCommand({QStringLiteral("test"), folder, QStringLiteral("--fault"),
+                               QStringLiteral("no-such-fault")}),
+                 2);
+        QByteArray help;
+        QCOMPARE(mkddpCommand({QStringLiteral("--help")}, &help), 0);
+        QVERIFY(help.contains("pq-not-a-number"));
     }
 
     void exportNameOptions_data()
@@ -233,20 +257,11 @@ private slots:
         else if (change == 2)
             putControlCharacters(spec);
         QTemporaryDir dir;
-        QProcess p;
-        p.start(binary(QStringLiteral("tools/mkddp/tivora-mkddp")),
-                QStringList{QStringLiteral("test"), dir.path(), QStringLiteral("--seconds"),
-                            QStringLiteral("1")} +
-                    options);
-        QVERIFY(p.waitForFinished(30000));
-        QCOMPARE(p.exitCode(), 0);
-        const DiscFiles files = buildFiles(spec, true);
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), int(files.size()));
-        for (const auto& [name, bytes] : files) {
-            QFile file(QDir(dir.path()).filePath(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QVERIFY2(file.readAll() == bytes, qPrintable(name));
-        }
+        QCOMPARE(mkddpCommand(QStringList{QStringLiteral("test"), dir.path(),
+                                          QStringLiteral("--seconds"), QStringLiteral("1")} +
+                              options),
+                 0);
+        QCOMPARE(folderDiffers(dir.path(), buildFiles(spec, true)), QString());
         if (change == 3)
             QCOMPARE(pqBytes(spec).mid(101 * 64 + 4, 2), QByteArray("00")); // track 100
     }
