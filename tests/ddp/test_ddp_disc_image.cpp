@@ -1,7 +1,7 @@
 // The disc's audio as one run of bytes: segments of files and silence read
 // as one, from many threads at once; the map's audio streams joined in the
 // order of their start sectors with silence in the gaps, data sessions left
-// out and named; and the whole disc exported byte for byte from a split image.
+// out and named; and the whole disc exported byte for byte.
 #include "DdpTestRun.h"
 
 #include "ddp/DDPModel.h"
@@ -186,7 +186,7 @@ private slots:
         QVERIFY2(error.contains(pipe), qPrintable(error));
     }
 
-    // Split images load, read and report as the disc they stand for.
+    // Split images load, read, report and export as the disc they stand for.
     void streamsJoinInDiscOrder_data()
     {
         QTest::addColumn<int>("streams");
@@ -233,6 +233,21 @@ private slots:
             QCOMPARE(skipped.first().toObject().value(QStringLiteral("mode")).toString(),
                      QStringLiteral("M1"));
         }
+
+        // Exported, every WAV holds the bytes of its track, silence included.
+        const QString out = path(QStringLiteral("out%1").arg(m_discs.count()));
+        QCOMPARE(ddptest::tivoraDdp({QStringLiteral("export"), folder, out}).exitCode, 0);
+        const QByteArray whole = mkddp::expectedImageBytes(spec);
+        for (int k = 0; k < spec.tracks.size(); ++k) {
+            const int number = spec.firstTrackNumber + k;
+            const qint64 start = mkddp::indexPosition(spec, number, 1);
+            const qint64 end = k + 1 < spec.tracks.size()
+                                   ? mkddp::indexPosition(spec, number + 1, 1)
+                                   : mkddp::imageSize(spec);
+            QFile wav(QDir(out).filePath(QStringLiteral("Track %1.wav").arg(number)));
+            QVERIFY(wav.open(QIODevice::ReadOnly));
+            QCOMPARE(wav.readAll().mid(44), whole.mid(int(start), int(end - start)));
+        }
     }
 
     // Maps that cannot be laid out are refused with words that name the
@@ -264,27 +279,6 @@ private slots:
         QCOMPARE(result.kind, ErrorKind::ImageMissing);
         QVERIFY(QString::fromStdString(result.message).contains(QStringLiteral("IMAGE2.DAT")));
         QCOMPARE(table.rowCount(), 5); // four tracks and the total
-    }
-
-    // tivora-ddp export of a split image with gaps: every WAV the bytes of
-    // its track, silence included.
-    void splitImageExportsByteForByte()
-    {
-        const mkddp::DiscSpec spec = splitDisc(3, 10);
-        const QString folder = disc(spec);
-        const QString out = path(QStringLiteral("split-out"));
-        QCOMPARE(ddptest::tivoraDdp({QStringLiteral("export"), folder, out}).exitCode, 0);
-        const QByteArray whole = mkddp::expectedImageBytes(spec);
-        for (int k = 0; k < spec.tracks.size(); ++k) {
-            const int number = spec.firstTrackNumber + k;
-            const qint64 start = mkddp::indexPosition(spec, number, 1);
-            const qint64 end = k + 1 < spec.tracks.size()
-                                   ? mkddp::indexPosition(spec, number + 1, 1)
-                                   : mkddp::imageSize(spec);
-            QFile wav(QDir(out).filePath(QStringLiteral("Track %1.wav").arg(number)));
-            QVERIFY(wav.open(QIODevice::ReadOnly));
-            QCOMPARE(wav.readAll().mid(44), whole.mid(int(start), int(end - start)));
-        }
     }
 };
 
