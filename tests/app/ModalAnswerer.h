@@ -14,6 +14,7 @@ public:
     {
         QString title;
         QString text;
+        bool critical = false; // the icon of an audio problem
     };
 
     ModalAnswerer()
@@ -23,7 +24,8 @@ public:
             if (!modal)
                 return;
             auto* box = qobject_cast<QMessageBox*>(modal);
-            m_boxes.append({modal->windowTitle(), box ? box->text() : QString()});
+            m_boxes.append({modal->windowTitle(), box ? box->text() : QString(),
+                            box && box->icon() == QMessageBox::Critical});
             modal->close();
         });
         m_timer.start(20);

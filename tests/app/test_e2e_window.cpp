@@ -5,16 +5,13 @@
 #include "app/MainWindow.h"
 #include "audio/StreamingConstants.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/support/StyledTestApp.h"
 #include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
-#include "widgets/CustomStyle.h"
 #include "widgets/TransportButton.h"
 #include "widgets/TransportWidget.h"
 
 #include <QProcess>
-#include <QScreen>
-#include <QSettings>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -49,20 +46,6 @@ long findInRecording(const std::vector<float>& recording, const std::vector<floa
     return -1;
 }
 
-// How many frames from `at` equal `expected` bit for bit.
-long matchingFrames(const std::vector<float>& recording, long at,
-                    const std::vector<float>& expected)
-{
-    long n = 0;
-    for (std::size_t i = 0; i + 1 < expected.size(); i += 2, ++n) {
-        const std::size_t r = static_cast<std::size_t>(at) * 2 + i;
-        if (r + 1 >= recording.size() ||
-            std::memcmp(&recording[r], &expected[i], 2 * sizeof(float)) != 0)
-            break;
-    }
-    return n;
-}
-
 // Whether the recording falls silent (exact zeros, at least 10 ms) after the
 // audio has begun: a dropout, since the test image is never silent.
 bool hasDropout(const std::vector<float>& recording)
@@ -90,7 +73,12 @@ struct Comparison
 Comparison compare(const std::vector<float>& recording, long at, const std::vector<float>& expected)
 {
     Comparison c;
-    c.matched = matchingFrames(recording, at, expected);
+    for (std::size_t i = 0; i + 1 < expected.size(); i += 2, ++c.matched) {
+        const std::size_t r = static_cast<std::size_t>(at) * 2 + i;
+        if (r + 1 >= recording.size() ||
+            std::memcmp(&recording[r], &expected[i], 2 * sizeof(float)) != 0)
+            break;
+    }
     if (c.matched == long(expected.size() / 2))
         return c;
     const std::size_t r = static_cast<std::size_t>(at + c.matched) * 2;
@@ -123,7 +111,6 @@ private slots:
         if (qEnvironmentVariableIsEmpty("TIVORA_NULL_SINK") ||
             qEnvironmentVariableIsEmpty("DISPLAY"))
             QSKIP("needs the test environment's null sink and Xvfb (tools/test-env.sh)");
-        QStandardPaths::setTestModeEnabled(true);
     }
 
     // A stall of the whole machine longer than the buffers makes the sound
@@ -258,9 +245,7 @@ int main(int argc, char** argv)
     if (!qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(QStringLiteral("Korvane"));
-    QApplication::setApplicationName(QStringLiteral("Tivora 1.5"));
-    QSettings::setDefaultFormat(QSettings::IniFormat);
+    useTheProgramsSettings();
     QApplication::setStyle(new CustomStyle);
     EndToEndTest test;
     return QTest::qExec(&test, argc, argv);

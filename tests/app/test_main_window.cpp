@@ -6,6 +6,7 @@
 #include "ddp/DDPModel.h"
 #include "ddp/Settings.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/app/WindowFlows.h"
 #include "tests/support/StyledTestApp.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/ClickableLabel.h"
@@ -18,19 +19,18 @@
 #include "widgets/SeekSlider.h"
 #include "widgets/TableViewWidget.h"
 #include "widgets/TimeWidget.h"
+#include "widgets/TransportButton.h"
 #include "widgets/TransportWidget.h"
 #include "widgets/VerificationLine.h"
 #include "widgets/VolumeSliderWidget.h"
 
-#include "widgets/TransportButton.h"
-
 #include <QCheckBox>
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLabel>
 #include <QMenu>
-#include <QMimeData>
 #include <QSettings>
 #include <QShortcut>
 #include <QStandardItemModel>
@@ -38,8 +38,6 @@
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <QElapsedTimer>
 
 class MainWindowTest : public QObject
 {
@@ -61,28 +59,6 @@ class MainWindowTest : public QObject
             f.open(QIODevice::WriteOnly);
         }
         return path;
-    }
-
-    static void dragAndDrop(MainWindow& window, const QString& path, bool* accepted)
-    {
-        QMimeData mime;
-        mime.setUrls({QUrl::fromLocalFile(path)});
-        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton,
-                              Qt::NoModifier);
-        QApplication::sendEvent(&window, &enter);
-        *accepted = enter.isAccepted();
-        if (!*accepted)
-            return;
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&window, &drop);
-    }
-
-    // The start-up check may have opened a box about the audio device (there
-    // may be none here); input reaches the window once the answerer closed it.
-    static void settle()
-    {
-        QTest::qWait(50);
-        QTRY_VERIFY(!QApplication::activeModalWidget());
     }
 
 private slots:
@@ -130,8 +106,7 @@ private slots:
     {
         ModalAnswerer answerer;
         MainWindow window;
-        window.setFolderChooser(
-            [this](QWidget*, const QString&, const QString&) { return m_disc; });
+        chooseFolder(window, m_disc);
         window.onActionOpenTriggered();
         QVERIFY(answerer.loadBoxes().isEmpty());
         QVERIFY(window.itemModel()->rowCount() > 5);
@@ -143,9 +118,7 @@ private slots:
     {
         ModalAnswerer answerer;
         MainWindow window;
-        bool accepted = false;
-        dragAndDrop(window, m_disc + QStringLiteral("/IMAGE.DAT"), &accepted);
-        QVERIFY(accepted);
+        QVERIFY(dropOnto(window, m_disc + QStringLiteral("/IMAGE.DAT")));
         QTRY_VERIFY(window.itemModel()->rowCount() > 5);
         QCOMPARE(window.ddpPath(), QDir(m_disc).absolutePath());
         QVERIFY(answerer.loadBoxes().isEmpty());
@@ -155,9 +128,7 @@ private slots:
     {
         ModalAnswerer answerer;
         MainWindow window;
-        bool accepted = true;
-        dragAndDrop(window, makeFolder(QStringLiteral("plain"), true, false), &accepted);
-        QVERIFY(!accepted);
+        QVERIFY(!dropOnto(window, makeFolder(QStringLiteral("plain"), true, false)));
         QCOMPARE(window.itemModel()->rowCount(), 0);
     }
 
@@ -168,10 +139,10 @@ private slots:
         window.openPath(m_disc);
         QTableView* view = window.tableViewWidget()->tableView();
         const int last = view->model()->rowCount() - 1;
-        window.onCellDoubleClicked(view->model()->index(last, 1));
+        doubleClickRow(window, last);
         QVERIFY(!window.player().isPlaying());
         QCOMPARE(window.model()->currentRow(), -1);
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         QVERIFY(window.player().isPlaying());
         QCOMPARE(window.model()->currentRow(), 1);
         window.player().stop();
@@ -208,7 +179,7 @@ private slots:
             QCOMPARE(background(0) == background(1), !silent);
             if (silent)
                 continue;
-            window.onCellDoubleClicked(view->model()->index(0, 2));
+            doubleClickRow(window, 0, 2);
             QVERIFY(window.player().isPlaying());
             QCOMPARE(window.model()->currentRow(), 0);
             QCOMPARE(window.player().currentTrackNumber(), 0);
@@ -236,11 +207,7 @@ private slots:
     {
         ModalAnswerer answerer;
         MainWindow window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(showActive(window));
         window.openPath(m_disc);
         if (window.player().lastSetupResult().kind != 0)
             QSKIP("no audio device: pausing waits for the fade-out on the audio thread");
@@ -290,9 +257,7 @@ private slots:
         // One double-click selects once: a doubled handler would skip a track.
         QTableView* view = window.tableViewWidget()->tableView();
         QSignalSpy spy(view, &QTableView::doubleClicked);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
+        QVERIFY(showActive(window));
         const QRect cell = view->visualRect(view->model()->index(2, 2));
         QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, cell.center());
         QTest::mouseDClick(view->viewport(), Qt::LeftButton, {}, cell.center());
@@ -339,9 +304,6 @@ private slots:
         QTRY_VERIFY(window.player().isStopped());
     }
 
-    // A disc whose audio image is missing still shows its rows (tracks,
-    // CD-Text, ISRCs) behind the error, but nothing of it plays or exports,
-    // and nothing of the disc before either.
     // The PQ sheet from the menu prints what the window has found by then:
     // the checksum verdict, the findings and the loudness of every track.
     void thePqSheetPrintsWhatTheWindowFound()
@@ -376,6 +338,9 @@ private slots:
         QCOMPARE(measured, 3);
     }
 
+    // A disc whose audio image is missing still shows its rows (tracks,
+    // CD-Text, ISRCs) behind the error, but nothing of it plays or exports,
+    // and nothing of the disc before either.
     void aDiscWithoutItsImageIsShownButNotPlayable()
     {
         ModalAnswerer answerer;
@@ -386,11 +351,7 @@ private slots:
         spec.tracks[0].text.title = QStringLiteral("Opening");
         spec.faults = {mkddp::Fault::NoImageFile};
         QVERIFY(mkddp::writeDisc(spec, broken));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
-        window.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(showActive(window));
 
         // As the first disc of the window: the table is set up for it.
         window.openPath(broken);
@@ -419,7 +380,7 @@ private slots:
             QVERIFY(!button->isEnabled());
         QTest::mouseClick(transport->playButton(), Qt::LeftButton);
         QVERIFY(!window.player().isPlaying());
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         QVERIFY(!window.player().isPlaying());
         QCOMPARE(window.model()->currentRow(), -1);
         QTest::keyClick(&window, Qt::Key_Space);
@@ -481,22 +442,12 @@ private slots:
         // A drop is checked again, not only while it hovers: here the drag
         // that was accepted is not what is dropped.
         window.openPath(m_disc);
-        QMimeData hovering;
-        hovering.setUrls({QUrl::fromLocalFile(m_disc)});
-        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &hovering, Qt::LeftButton,
-                              Qt::NoModifier);
-        QApplication::sendEvent(&window, &enter);
-        QVERIFY(enter.isAccepted());
-        QMimeData dropped;
-        dropped.setUrls({QUrl::fromLocalFile(idOnly)});
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&window, &drop);
+        QVERIFY(dropOnto(window, m_disc, idOnly));
         QTRY_COMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
 
         const QString lower = makeFolder(QStringLiteral("lower"), false, false);
         QFile(lower + QStringLiteral("/ddpid")).open(QIODevice::WriteOnly);
-        window.setFolderChooser(
-            [lower](QWidget*, const QString&, const QString&) { return lower; });
+        chooseFolder(window, lower);
         window.onActionOpenTriggered();
         QCOMPARE(window.lastResult().kind, ErrorKind::DdpmsMissing);
         window.openPath(lower);
@@ -525,9 +476,7 @@ private slots:
             meter->levelChanged(MeterInfo{0.4f, 0.4f, 0.9f, 0.9f});
             meter->redrawTimerExpired();
         };
-        QTableView* view = window.tableViewWidget()->tableView();
-
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         QVERIFY(window.player().isPlaying());
         light();
         QVERIFY(lit() > 0.0f);
@@ -537,7 +486,7 @@ private slots:
         meter->redrawTimerExpired();
         QCOMPARE(lit(), 0.0f);
 
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         light();
         QVERIFY(lit() > 0.0f);
         window.openPath(m_disc);
@@ -606,9 +555,7 @@ private slots:
         QVERIFY(mkddp::writeDisc(spec, big));
         ModalAnswerer answerer;
         MainWindow window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        settle();
+        QVERIFY(showActive(window));
         QElapsedTimer timer;
         timer.start();
         window.openPath(big);

@@ -5,21 +5,16 @@
 #include "ddp/DDPModel.h"
 #include "export/WavExport.h"
 #include "tests/app/ModalAnswerer.h"
+#include "tests/app/WindowFlows.h"
 #include "tests/archive/RunZip.h"
 #include "tests/support/StyledTestApp.h"
 #include "tests/support/TestFolders.h"
 #include "tools/mkddp/Mkddp.h"
-#include "widgets/TableViewWidget.h"
 
-#include <QDirIterator>
-#include <QMimeData>
-#include <QProcess>
 #include <QProgressDialog>
 #include <QPushButton>
-#include <QSettings>
 #include <QStandardItemModel>
 #include <QStandardPaths>
-#include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -51,17 +46,6 @@ class MainWindowArchiveTest : public QObject
     QString m_deflated; // at the root, compressed
     QString m_long;     // compressed, long enough to cancel while it unpacks
 
-    QString zipDisc(const QString& disc, const QString& name, const QStringList& options,
-                    bool inFolder)
-    {
-        const QString zip = m_dir.filePath(name);
-        const QFileInfo info(disc);
-        const QString dir = inFolder ? info.absolutePath() : info.absoluteFilePath();
-        const QString what = inFolder ? info.fileName() : QStringLiteral(".");
-        return runZip(dir, options + QStringList{QStringLiteral("-r"), zip, what}) ? zip
-                                                                                   : QString();
-    }
-
     // Runs "Export as WAV" into a new folder; the files written, by name.
     QStringList exportAll(MainWindow& window, const QString& name)
     {
@@ -88,12 +72,15 @@ private slots:
         QVERIFY(m_dir.isValid());
         m_disc = m_dir.filePath(QStringLiteral("disc"));
         QVERIFY(mkddp::writeDisc(mkddp::realisticDisc(), m_disc));
-        m_stored = zipDisc(m_disc, QStringLiteral("stored.zip"), {QStringLiteral("-0")}, true);
-        m_deflated = zipDisc(m_disc, QStringLiteral("deflated.zip"), {}, false);
+        m_stored = m_dir.filePath(QStringLiteral("stored.zip"));
+        QVERIFY(runZip(m_dir.path(), {QStringLiteral("-0"), QStringLiteral("-r"), m_stored,
+                                      QStringLiteral("disc")}));
+        m_deflated = m_dir.filePath(QStringLiteral("deflated.zip"));
+        QVERIFY(zipFolder(m_disc, m_deflated, false));
         const QString longDisc = m_dir.filePath(QStringLiteral("long"));
         QVERIFY(mkddp::writeDisc(mkddp::simpleDisc(2, 300), longDisc));
-        m_long = zipDisc(longDisc, QStringLiteral("long.zip"), {QStringLiteral("-1")}, false);
-        QVERIFY(!m_stored.isEmpty() && !m_deflated.isEmpty() && !m_long.isEmpty());
+        m_long = m_dir.filePath(QStringLiteral("long.zip"));
+        QVERIFY(zipFolder(longDisc, m_long, false, 1));
     }
 
     // Stored audio is read in place: nothing is unpacked, the disc plays at
@@ -110,8 +97,7 @@ private slots:
         QCOMPARE(window.ddpPath(), QFileInfo(m_stored).absoluteFilePath());
         QVERIFY(window.itemModel()->rowCount() > 5);
 
-        QTableView* view = window.tableViewWidget()->tableView();
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         QVERIFY(window.player().isPlaying());
         window.player().stop();
 
@@ -143,8 +129,7 @@ private slots:
         QCOMPARE(window.lastResult().kind, ErrorKind::NoError);
         QCOMPARE(unpackFolders().size(), before.size() + 1);
 
-        QTableView* view = window.tableViewWidget()->tableView();
-        window.onCellDoubleClicked(view->model()->index(1, 1));
+        doubleClickRow(window, 1);
         QVERIFY(window.player().isPlaying());
         window.player().stop();
 
@@ -170,8 +155,7 @@ private slots:
             QVERIFY(timer.elapsed() < 1000);
             QVERIFY(!window.isUnpacking());
             QCOMPARE(unpackFolders(), before);
-            QTableView* view = window.tableViewWidget()->tableView();
-            window.onCellDoubleClicked(view->model()->index(1, 1));
+            doubleClickRow(window, 1);
             QVERIFY(!window.player().isPlaying());
             QTest::qWait(100); // a result queued before the cancel is dropped
             QVERIFY(!window.player().isPlaying());
@@ -211,14 +195,7 @@ private slots:
     {
         ModalAnswerer answerer;
         MainWindow window;
-        QMimeData mime;
-        mime.setUrls({QUrl::fromLocalFile(m_stored)});
-        QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton,
-                              Qt::NoModifier);
-        QApplication::sendEvent(&window, &enter);
-        QVERIFY(enter.isAccepted());
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&window, &drop);
+        QVERIFY(dropOnto(window, m_stored));
         QTRY_COMPARE(window.ddpPath(), QFileInfo(m_stored).absoluteFilePath());
         QTRY_VERIFY(window.itemModel()->rowCount() > 5);
 
@@ -230,8 +207,7 @@ private slots:
         file.write(bytes);
         file.close();
         for (const QString& path : {m_deflated, damaged}) {
-            window.setFolderChooser(
-                [path](QWidget*, const QString&, const QString&) { return path; });
+            chooseFolder(window, path);
             window.onActionOpenTriggered();
             QTRY_VERIFY_WITH_TIMEOUT(!window.isUnpacking(), 20000);
         }

@@ -25,38 +25,28 @@ public:
     QStringList calls;
     std::shared_ptr<DDPModel> model;
 
-    void play() override
-    {
-        calls << QStringLiteral("play");
-        state = Playing;
-        model->setPlaying(true);
-    }
-    void stop() override
-    {
-        calls << QStringLiteral("stop");
-        state = Stopped;
-        model->setPlaying(false);
-    }
-    void pause() override
-    {
-        calls << QStringLiteral("pause");
-        state = Paused;
-        model->setPlaying(false);
-    }
-    void selectNextTrack() override
-    {
-        calls << QStringLiteral("next");
-        ++track;
-    }
-    void selectPreviousTrack() override
-    {
-        calls << QStringLiteral("previous");
-        --track;
-    }
+    void play() override { enter(Playing, "play"); }
+    void stop() override { enter(Stopped, "stop"); }
+    void pause() override { enter(Paused, "pause"); }
+    void selectNextTrack() override { step(+1, "next"); }
+    void selectPreviousTrack() override { step(-1, "previous"); }
     bool isPlaying() const override { return state == Playing; }
     bool isStopped() const override { return state == Stopped; }
     bool isPaused() const override { return state == Paused; }
     std::int32_t currentTrackNumber() const override { return track; }
+
+private:
+    void enter(State next, const char* call)
+    {
+        calls << QLatin1String(call);
+        state = next;
+        model->setPlaying(next == Playing);
+    }
+    void step(int by, const char* call)
+    {
+        calls << QLatin1String(call);
+        track += by;
+    }
 };
 
 } // namespace

@@ -59,6 +59,21 @@ CdTextRecord albumText(const char* title, const char* performer, const char* cod
     return record;
 }
 
+// `tinted` keeps the shape (alpha) of `shape`; its opaque pixels are all
+// `colour`. Counts the opaque pixels into `opaque`.
+void compareTint(const QImage& shape, const QImage& tinted, const QColor& colour, int* opaque)
+{
+    *opaque = 0;
+    for (int y = 0; y < shape.height(); ++y)
+        for (int x = 0; x < shape.width(); ++x) {
+            QCOMPARE(tinted.pixelColor(x, y).alpha(), shape.pixelColor(x, y).alpha());
+            if (tinted.pixelColor(x, y).alpha() == 255) {
+                ++*opaque;
+                QCOMPARE(tinted.pixelColor(x, y).rgb(), colour.rgb());
+            }
+        }
+}
+
 } // namespace
 
 class TestControls : public QObject
@@ -131,15 +146,9 @@ private slots:
     void initialTextsNamesAndSizes()
     {
         TimeWidget time;
-        QCOMPARE(time.objectName(), QStringLiteral("TimeWidget"));
         QCOMPARE(time.trackLabel()->text(), QStringLiteral("01"));
         QCOMPARE(time.timeLabel()->text(), QStringLiteral("00:00"));
         QCOMPARE(time.cdTimeLabel()->text(), QStringLiteral("00:00"));
-        QCOMPARE(time.findChild<QLabel*>(QStringLiteral("cdTimeCaptionLabel"))->text(),
-                 QStringLiteral("CD TIME"));
-        QCOMPARE(time.seekSlider()->objectName(), QStringLiteral("seekslider"));
-        QCOMPARE(time.seekSlider()->minimumHeight(), 14);
-        QCOMPARE(time.seekSlider()->maximumHeight(), 14);
         time.setTrackTime(3725);
         time.setCdTime(59);
         time.setTrackNumber(7);
@@ -155,17 +164,15 @@ private slots:
         volume.setDisplayedValue(4567);
         QCOMPARE(volume.volumeValueLabel()->text(), QStringLiteral("45 %"));
 
+        // The transport controller finds the buttons by these names.
         TransportWidget transport;
         const char* names[] = {"backButton", "nextButton", "stopButton", "playButton"};
         const QList<TransportButton*> buttons = transport.findChildren<TransportButton*>();
         QCOMPARE(buttons.size(), 4);
         for (int i = 0; i < 4; ++i) {
             QCOMPARE(buttons.at(i)->objectName(), QString::fromLatin1(names[i]));
-            QCOMPARE(buttons.at(i)->minimumSize(), QSize(30, 30));
-            QCOMPARE(buttons.at(i)->maximumSize(), QSize(30, 30));
             QVERIFY(!buttons.at(i)->icon().isNull());
         }
-        QCOMPARE(transport.playButton()->toolTip(), QStringLiteral("Start playback from cursor"));
     }
 
     void infoBoxValues()
@@ -230,24 +237,6 @@ private slots:
             box.statusLabel()->text().contains(QStringLiteral("176400 bytes (1.00 s) shorter")));
         box.setModel(latin);
         QVERIFY(box.statusLabel()->isHidden());
-
-        // CD-Text too long for the lead-in is a line of its own, under the
-        // short image's.
-        DDPModel both;
-        both.setEntries({entryWithUpc("             ")});
-        both.setImageExtent(1000, 1000 + 176400);
-        CdTextRecord longText = albumText("Long", "Text", "");
-        longText.largestBlockPacks = 305;
-        both.setCdText(longText);
-        box.setModel(both);
-        const QStringList lines = box.statusLabel()->text().split(QLatin1Char('\n'));
-        QCOMPARE(lines.size(), 2);
-        QVERIFY(lines.at(0).contains(QStringLiteral("shorter")));
-        QVERIFY(lines.at(1).contains(QStringLiteral("305 packs")));
-        longText.largestBlockPacks = 256;
-        both.setCdText(longText);
-        box.setModel(both);
-        QCOMPARE(box.statusLabel()->text().count(QLatin1Char('\n')), 0);
     }
 
     // However long and however many, the notes about a disc take a line
@@ -275,10 +264,19 @@ private slots:
         three.setImageLayout(layout);
         box.setModel(three);
         QCOMPARE(box.statusLabel()->sizeHint().height(), 2 * line);
-        QCOMPARE(box.statusLabel()->text().count(QLatin1Char('\n')), 2);
+        // CD-Text too long for the lead-in is a line of its own, under the
+        // short image's; 256 packs still fit.
+        const QStringList lines = box.statusLabel()->text().split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 3);
+        QVERIFY(lines.at(0).contains(QStringLiteral("shorter")));
+        QVERIFY(lines.at(1).contains(QStringLiteral("305 packs")));
         const QString tip = box.statusLabel()->toolTip();
         for (const char* note : {"shorter", "305 packs", "ENHANCED_DATA_SESSION.DAT"})
             QVERIFY2(tip.contains(QLatin1String(note)), note);
+        longText.largestBlockPacks = 256;
+        three.setCdText(longText);
+        box.setModel(three);
+        QVERIFY(!box.statusLabel()->text().contains(QStringLiteral("packs")));
 
         box.setModel(DDPModel());
         QVERIFY(box.statusLabel()->isHidden());
@@ -287,9 +285,6 @@ private slots:
 
     void fontTable()
     {
-        QCOMPARE(FontTable::font(0).pointSize(), 7);
-        QCOMPARE(FontTable::font(3).pointSize(), 11);
-        QCOMPARE(FontTable::font(2).family(), QStringLiteral("Arial"));
         QVERIFY(FontTable::font(1, true).bold());
         QVERIFY(!FontTable::font(1).bold()); // a copy: the table is not changed
         try {
@@ -320,20 +315,8 @@ private slots:
         const QPixmap save = renderIcon(QStringLiteral(":save_icon"), QSize(38, 38));
         QCOMPARE(save.size(), QSize(38, 38));
         const QPixmap tinted = tintPixmap(save, QColor(109, 109, 109));
-        const QImage before = save.toImage();
-        const QImage after = tinted.toImage();
         int opaque = 0;
-        for (int y = 0; y < 38; ++y) {
-            for (int x = 0; x < 38; ++x) {
-                const QColor a = before.pixelColor(x, y);
-                const QColor b = after.pixelColor(x, y);
-                QCOMPARE(b.alpha(), a.alpha());
-                if (b.alpha() == 255) {
-                    ++opaque;
-                    QCOMPARE(b.rgb(), QColor(109, 109, 109).rgb());
-                }
-            }
-        }
+        compareTint(save.toImage(), tinted.toImage(), QColor(109, 109, 109), &opaque);
         QVERIFY(opaque > 20);
         QVERIFY(renderIcon(QStringLiteral(":no_such_icon"), QSize(8, 8))
                     .toImage()
@@ -441,13 +424,8 @@ private slots:
         // The current row's icon turns white, keeping its shape.
         const QPixmap icon = renderIcon(QStringLiteral(":track_icon"), QSize(24, 24));
         const QImage selected = style.generatedIconPixmap(QIcon::Selected, icon, nullptr).toImage();
-        const QImage normal = icon.toImage();
-        for (int y = 0; y < 24; ++y)
-            for (int x = 0; x < 24; ++x) {
-                QCOMPARE(selected.pixelColor(x, y).alpha(), normal.pixelColor(x, y).alpha());
-                if (selected.pixelColor(x, y).alpha() == 255)
-                    QCOMPARE(selected.pixelColor(x, y).rgb(), QColor(Qt::white).rgb());
-            }
+        int opaque = 0;
+        compareTint(icon.toImage(), selected, Qt::white, &opaque);
         // The seek slider's exact mapping survives the style: QSlider asks
         // for absolute-set buttons without naming the slider, so a style
         // that granted them would move the handle a second time.

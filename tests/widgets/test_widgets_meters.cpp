@@ -120,23 +120,18 @@ private slots:
 
     void rmsFallsTwiceAsFastWhenStopped()
     {
-        auto playing = makeMeter();
-        playing->setState(2); // paused: same factor as stopped, single step
-        playing->levelChanged(levels(0.5f, 0.5f));
-        tick(*playing);
-        playing->levelChanged(levels(0.0f, 0.0f));
-        tick(*playing);
-        QCOMPARE(playing->displayed().rmsLeft, 0.5f * 0.9f);
-
-        auto stopped = makeMeter();
-        stopped->setState(1);
-        stopped->levelChanged(levels(0.5f, 0.5f));
-        tick(*stopped);
-        stopped->levelChanged(levels(0.0f, 0.0f));
-        tick(*stopped);
-        QCOMPARE(stopped->displayed().rmsLeft, 0.5f * 0.9f * 0.9f);
-        // The peaks fall once per tick in every state.
-        QCOMPARE(stopped->displayed().peakLeft, 0.5f * 0.9f);
+        // Paused has the stopped fall factor but a single step; the peaks
+        // fall once per tick in every state.
+        for (const int state : {2, 1}) {
+            auto meter = makeMeter();
+            meter->setState(state);
+            meter->levelChanged(levels(0.5f, 0.5f));
+            tick(*meter);
+            meter->levelChanged(levels(0.0f, 0.0f));
+            tick(*meter);
+            QCOMPARE(meter->displayed().rmsLeft, state == 1 ? 0.5f * 0.9f * 0.9f : 0.5f * 0.9f);
+            QCOMPARE(meter->displayed().peakLeft, 0.5f * 0.9f);
+        }
     }
 
     void factorChangesOnlyWhenARecordArrives()
@@ -190,10 +185,8 @@ private slots:
         // The hold marker reaches the inner right edge (its two orange columns).
         QCOMPARE(QColor(image.pixel(inner.right(), y)), kHoldMarker);
         QCOMPARE(QColor(image.pixel(inner.right() - 1, y)), kHoldMarker);
-        // The peak bar ends two pixels before the inner right edge; the hold
-        // bar shows between it and the marker.
-        // The bar is drawn over the hold bar: had it gone one pixel further,
-        // it would have covered the marker's first column.
+        // The peak bar ends two pixels before the inner right edge (one more
+        // would cover the marker's first column), over the hold bar.
         const QColor barEnd(image.pixel(inner.right() - 2, y));
         QVERIFY2(barEnd != kHoldBar && barEnd.blue() > 150 && barEnd.red() < 100,
                  "the peak bar reaches the inner right edge minus two");

@@ -8,11 +8,12 @@
 #include "app/MainWindow.h"
 #include "app/MenuBar.h"
 #include "app/SampleRateErrorDialog.h"
-#include "audio/IDeviceSetup.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
+#include "tests/app/ModalAnswerer.h"
 #include "tests/support/StyledTestApp.h"
 #include "tests/support/TestFolders.h"
+#include "tests/widgets/FakeDeviceSetup.h"
 #include "tools/mkddp/Mkddp.h"
 #include "widgets/AboutDialog.h"
 #include "widgets/AttributesMenu.h"
@@ -52,27 +53,6 @@
 #include <cmath>
 
 namespace {
-
-class FakeInfos : public Audio::IAudioDeviceInfos
-{
-public:
-    Audio::AudioDeviceInfo current;
-    Audio::AudioDeviceInfo currentDeviceInfo() const override { return current; }
-    unsigned deviceCount() override { return 1; }
-    Audio::AudioDeviceInfo deviceInfo(unsigned) override { return current; }
-};
-
-class FakeDeviceSetup : public Audio::IDeviceSetup
-{
-public:
-    FakeInfos infos;
-    FakeDeviceSetup() { infos.current.preferredSampleRate = 48000; }
-    bool initialize(const std::string&) override { return true; }
-    bool rescan(const std::string&) override { return true; }
-    void closeStream() override {}
-    Audio::IAudioDeviceInfos& audioDeviceInfos() override { return infos; }
-    LoadResult lastError() const override { return {}; }
-};
 
 float fromDb(double db)
 {
@@ -140,6 +120,25 @@ class Screenshots : public QObject
         window.infoBox->setModel(*m_model);
     }
 
+    // The real window with `disc` loaded, at its smallest and at a common
+    // working size.
+    void saveMainWindow(const QString& disc, const QString& name, int currentRow = -1)
+    {
+        MainWindow window;
+        window.openPath(disc);
+        if (currentRow >= 0)
+            window.model()->setCurrentRow(currentRow);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        for (const QSize size :
+             {window.minimumSizeHint().expandedTo(window.minimumSize()), QSize(1000, 760)}) {
+            window.resize(size);
+            QTest::qWait(50);
+            save(window,
+                 QStringLiteral("%1-%2x%3").arg(name).arg(window.width()).arg(window.height()));
+        }
+    }
+
     void setLevels(MeterSectionWidget& meters, double peakDb, double rmsDb, int ticks = 3)
     {
         const MeterInfo info{fromDb(rmsDb), fromDb(rmsDb - 1.5), fromDb(peakDb),
@@ -199,42 +198,13 @@ private slots:
         }
     }
 
-    // The real window with a disc loaded, at its smallest and at a common
-    // working size.
-    void mainWindowSizes()
+    // The real window with a disc loaded; then with what the info area must
+    // say about a disc: a split image with a data session left out, and a
+    // first pause that holds audio (a hidden track).
+    void mainWindows()
     {
-        // Without a sound device the window reports it in a box: close it.
-        QTimer answer;
-        connect(&answer, &QTimer::timeout, [] {
-            if (QWidget* modal = QApplication::activeModalWidget())
-                modal->close();
-        });
-        answer.start(20);
-        MainWindow window;
-        window.openPath(m_discDir.path());
-        window.model()->setCurrentRow(3);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        for (const QSize size :
-             {window.minimumSizeHint().expandedTo(window.minimumSize()), QSize(1000, 760)}) {
-            window.resize(size);
-            QTest::qWait(50);
-            save(window,
-                 QStringLiteral("main-window-%1x%2").arg(window.width()).arg(window.height()));
-        }
-    }
-
-    // The real window with what the info area must say about a disc: a
-    // split image with a data session left out, and a first pause that holds
-    // audio (a hidden track), at the smallest size and a working size.
-    void mainWindowDiscNotes()
-    {
-        QTimer answer;
-        connect(&answer, &QTimer::timeout, [] {
-            if (QWidget* modal = QApplication::activeModalWidget())
-                modal->close();
-        });
-        answer.start(20);
+        ModalAnswerer answerer; // no sound device here: the window says so in a box
+        saveMainWindow(m_discDir.path(), QStringLiteral("main-window"), 3);
         mkddp::DiscSpec split = mkddp::simpleDisc(3, 10);
         split.cdText = true;
         split.album = {QStringLiteral("Enhanced Album"), QStringLiteral("The Test Band")};
@@ -247,19 +217,7 @@ private slots:
         for (const auto& [name, spec] : discs) {
             QTemporaryDir dir;
             QVERIFY(mkddp::writeDisc(spec, dir.path()));
-            MainWindow window;
-            window.openPath(dir.path());
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-            for (const QSize size :
-                 {window.minimumSizeHint().expandedTo(window.minimumSize()), QSize(1000, 760)}) {
-                window.resize(size);
-                QTest::qWait(50);
-                save(window, QStringLiteral("main-window-%1-%2x%3")
-                                 .arg(QLatin1String(name))
-                                 .arg(window.width())
-                                 .arg(window.height()));
-            }
+            saveMainWindow(dir.path(), QStringLiteral("main-window-") + QLatin1String(name));
         }
     }
 
@@ -364,7 +322,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&error));
         save(error, QStringLiteral("error-dialog"));
 
-        FakeDeviceSetup setup;
+        FakeDeviceSetup setup(48000);
         SampleRateErrorDialog audio(LoadResult{ErrorKind::SampleRateNotRecommended, {}}, setup,
                                     &parent);
         audio.show();
