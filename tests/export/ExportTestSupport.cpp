@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QProcess>
 
+#include <algorithm>
+
 namespace exporttest {
 
 std::shared_ptr<DDPModel> makeModel(const std::vector<testbytes::Entry>& entries,
@@ -96,6 +98,13 @@ bool isWavOf(const QString& path, const QByteArray& expected, QString* why)
     return true;
 }
 
+bool hasControlCharacter(const QString& name)
+{
+    return std::any_of(name.begin(), name.end(), [](QChar c) {
+        return c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() <= 0x9F);
+    });
+}
+
 QString tivoraDdpPath()
 {
     return QString::fromLocal8Bit(qgetenv("TIVORA_BINARY_DIR")) +
@@ -113,11 +122,38 @@ ToolRun finishRun(QProcess& process)
     return run;
 }
 
-ToolRun runTivoraDdp(const QStringList& args)
+ToolRun runProgram(const QString& program, const QStringList& args)
 {
     QProcess process;
-    process.start(tivoraDdpPath(), args);
+    process.start(program, args);
     return finishRun(process);
+}
+
+ToolRun runTivoraDdp(const QStringList& args)
+{
+    return runProgram(tivoraDdpPath(), args);
+}
+
+ToolRun runTivoraDdpLimited(int kibibytes, const QStringList& args)
+{
+    return runProgram(
+        QStringLiteral("/bin/sh"),
+        QStringList{QStringLiteral("-c"),
+                    QStringLiteral("ulimit -f %1; trap '' XFSZ; exec \"$0\" \"$@\"").arg(kibibytes),
+                    tivoraDdpPath()} +
+            args);
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+}
+
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace exporttest

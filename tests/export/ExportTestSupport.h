@@ -36,6 +36,9 @@ qint64 at(int minutes, int seconds, int frames);
 // what differs.
 bool isWavOf(const QString& path, const QByteArray& expected, QString* why);
 
+// True when the name holds a C0 or C1 control character or DEL.
+bool hasControlCharacter(const QString& name);
+
 // A finished run of the tivora-ddp binary (found through TIVORA_BINARY_DIR);
 // exitCode -1 when it did not finish within a minute.
 struct ToolRun
@@ -45,8 +48,15 @@ struct ToolRun
     QByteArray err;
 };
 QString tivoraDdpPath();
+ToolRun runProgram(const QString& program, const QStringList& args);
 ToolRun runTivoraDdp(const QStringList& args);
-// Waits for a started tivora-ddp process and collects what it said.
+// tivora-ddp under a file size limit whose signal is ignored, so that a
+// write fails with EFBIG instead of killing the process.
+ToolRun runTivoraDdpLimited(int kibibytes, const QStringList& args);
+// Waits for a started process and collects what it said.
 ToolRun finishRun(QProcess& process);
+
+QByteArray fileBytes(const QString& path);
+bool writeFile(const QString& path, const QByteArray& bytes);
 
 } // namespace exporttest

@@ -3,13 +3,11 @@
 // formats carry the disc's tags as other programs read them, and the rules
 // of the WAV export (temporary name, links never followed, the image never
 // written, the system's reason, a cancel leaving nothing) hold for both.
-#include "ExportTestSupport.h"
 #include "GeneratedDiscs.h"
 
 #include "ddp/DiscImage.h"
 #include "export/EncodeWriter.h"
 #include "export/TrackRange.h"
-#include "tools/mkddp/Mkddp.h"
 
 #include <QDir>
 #include <QFile>
@@ -37,36 +35,9 @@ mkddp::DiscSpec taggedDisc()
     return spec;
 }
 
-QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QStringList filesIn(const QString& folder)
 {
     return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
-}
-
-// The track's bytes in the test pattern: index 01 to the next track's pause
-// or start, or the image's end.
-QByteArray trackBytes(const mkddp::DiscSpec& spec, int number)
-{
-    const qint64 start = mkddp::indexPosition(spec, number, 1);
-    qint64 end = mkddp::imageSize(spec);
-    if (number < spec.lastTrackNumber()) {
-        end = mkddp::indexPosition(spec, number + 1, 0);
-        if (end < 0)
-            end = mkddp::indexPosition(spec, number + 1, 1);
-    }
-    return mkddp::TestPattern(spec).bytes(start, end - start);
-}
-
-ToolRun runProgram(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return finishRun(process);
 }
 
 } // namespace
@@ -79,15 +50,8 @@ private:
     GeneratedDiscs m_discs;
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_discs.isValid());
-        QVERIFY2(!qEnvironmentVariableIsEmpty("TIVORA_BINARY_DIR"), "run through ctest");
-        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("flac")).isEmpty(),
-                 "the flac tool (Debian package flac) is needed");
-        QVERIFY2(!QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty(),
-                 "ffmpeg is needed to decode the MP3");
-    }
+    // flac decodes the FLAC, ffmpeg the MP3.
+    void initTestCase() { QCOMPARE(m_discs.missing({"flac", "metaflac", "ffmpeg"}), QString()); }
 
     // Every track of the disc, encoded in parallel, decodes with the flac
     // tool to exactly the WAV the WAV export writes; the Vorbis comments say
@@ -200,11 +164,7 @@ private slots:
         const QString out = m_discs.path(QStringLiteral("rules-out-") + format);
         QVERIFY(QDir().mkpath(out));
         const QString victim = m_discs.path(QStringLiteral("victim-") + format);
-        {
-            QFile file(victim);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write("not yours\n");
-        }
+        QVERIFY(writeFile(victim, "not yours\n"));
         const QString target = out + QStringLiteral("/Track 1.") + format;
         QVERIFY(QFile::link(victim, target));
         ToolRun run =
@@ -216,13 +176,8 @@ private slots:
         QCOMPARE(filesIn(out).size(), 2); // no temporary file left
 
         const QString limited = m_discs.path(QStringLiteral("limit-out-") + format);
-        QProcess process;
-        process.start(QStringLiteral("/bin/sh"),
-                      {QStringLiteral("-c"),
-                       QStringLiteral("ulimit -f 20; trap '' XFSZ; exec \"$0\" export \"$1\" "
-                                      "\"$2\" --format \"$3\""),
-                       tivoraDdpPath(), disc, limited, format});
-        run = finishRun(process);
+        run = runTivoraDdpLimited(
+            20, {QStringLiteral("export"), disc, limited, QStringLiteral("--format"), format});
         QCOMPARE(run.exitCode, 1);
         QVERIFY2(run.err.contains("File too large"), run.err.constData());
         QVERIFY2(filesIn(limited).isEmpty(), qPrintable(filesIn(limited).join(QLatin1Char(' '))));

@@ -1,15 +1,21 @@
 // The WAV writer and the export workers without any window: track ranges,
-// file names, exact data bytes, the progress scale, and the ways a write fails.
+// file names (distinct for every track however the disc numbers them, short
+// enough for the file system and its ".part" name, free of control
+// characters), exact data bytes, the progress scale, and the ways a write
+// fails.
 #include "ExportTestSupport.h"
 
 #include "ddp/CheckedAccess.h"
+#include "ddp/DiscImage.h"
 #include "ddp/DiscTexts.h"
 #include "export/CueSheet.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
+#include "export/ImageRange.h"
 #include "export/TrackRange.h"
 #include "export/TrackTags.h"
+#include "tools/mkddp/Mkddp.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -18,6 +24,7 @@
 #include <csignal>
 #include <cstring>
 #include <sys/resource.h>
+#include <unistd.h>
 
 using namespace exporttest;
 using testbytes::Entry;
@@ -121,13 +128,127 @@ private slots:
         const CdTextRecord record = titles({"Blue Hour", ""});
         const auto model = makeModel(discWithIndexes(), cdText ? &record : nullptr);
         QCOMPARE(defaultFileName(*model, static_cast<std::size_t>(entry)), expected);
-        // Only "/" is out of a file name here; the rest is for Windows.
-        QCOMPARE(safeFileName(QStringLiteral("AC/DC: Live?")),
-#ifdef Q_OS_WIN
-                 QStringLiteral("AC_DC_ Live_"));
-#else
-                 QStringLiteral("AC_DC: Live?"));
-#endif
+    }
+
+    void everyTrackItsOwnName_data()
+    {
+        QTest::addColumn<QStringList>("titles");
+        QTest::addColumn<QStringList>("expected");
+        // Three tracks numbered 01 share their number and their CD-Text.
+        QTest::newRow("one number")
+            << QStringList{QStringLiteral("Intro")}
+            << QStringList{QStringLiteral("1 - Intro.wav"), QStringLiteral("1 - Intro (2).wav"),
+                           QStringLiteral("1 - Intro (3).wav")};
+        QTest::newRow("no CD-Text")
+            << QStringList{}
+            << QStringList{QStringLiteral("Track 1.wav"), QStringLiteral("Track 1 (2).wav"),
+                           QStringLiteral("Track 1 (3).wav")};
+    }
+    void everyTrackItsOwnName()
+    {
+        QFETCH(QStringList, titles);
+        QFETCH(QStringList, expected);
+        const std::vector<Entry> entries = {
+            {"00", 0, 0, 0, 0},  {"01", 0, 0, 0, 0}, {"01", 1, 0, 2, 0}, {"01", 1, 0, 3, 10},
+            {"01", 1, 0, 4, 20}, {"AA", 1, 0, 5, 0}, {"AA", 0, 0, 5, 0}};
+        std::vector<std::string> strings;
+        for (const QString& t : titles)
+            strings.push_back(t.toStdString());
+        const CdTextRecord record = exporttest::titles(strings);
+        const auto model = makeModel(entries, titles.isEmpty() ? nullptr : &record);
+        QCOMPARE(exportFileNames(*model), expected);
+        // The window's one-track export proposes the same names.
+        const std::vector<std::size_t> tracks = exportedTrackEntries(*model);
+        for (std::size_t n = 0; n < tracks.size(); ++n)
+            QCOMPARE(defaultFileName(*model, tracks[n]), expected.at(static_cast<int>(n)));
+    }
+
+    void namesThatWouldMeet()
+    {
+        // Numbers given twice, a long title given twice (its copy keeps the
+        // " (2)" and is cut shorter), and track fields that are no number and
+        // differ only in case: all distinct, also where the file system
+        // ignores case, and the same on every call.
+        const CdTextRecord record = titles({"Song", "", "Third", std::string(159, '\xE9')});
+        std::vector<Entry> entries = {{"00", 0, 0, 0, 0}, {"01", 0, 0, 0, 0}};
+        for (const char* track : {"01", "03", "01", "xa", "XA", "03", "04", "04"})
+            entries.push_back({track, 1, 0, 2 + static_cast<int>(entries.size()), 0});
+        entries.push_back({"AA", 1, 1, 0, 0});
+        entries.push_back({"AA", 0, 1, 0, 0});
+        const auto model = makeModel(entries, &record);
+        const QStringList names = exportFileNames(*model);
+        QCOMPARE(names.size(), 8);
+        QCOMPARE(
+            names.mid(0, 6),
+            (QStringList{QStringLiteral("1 - Song.wav"), QStringLiteral("3 - Third.wav"),
+                         QStringLiteral("1 - Song (2).wav"), QStringLiteral("Track xa.wav"),
+                         QStringLiteral("Track XA (2).wav"), QStringLiteral("3 - Third (2).wav")}));
+        const QString cut = QStringLiteral("4 - ") + QString(107, QChar(0xE9));
+        QCOMPARE(names.at(6), cut + QStringLiteral(".wav"));
+        QCOMPARE(names.at(7), cut.left(cut.size() - 2) + QStringLiteral(" (2).wav"));
+        QCOMPARE(exportFileNames(*model), names);
+    }
+
+    void longNamesFit_data()
+    {
+        QTest::addColumn<QString>("stem");
+        QTest::addColumn<QString>("tail");
+        QTest::addColumn<int>("characterBytes");         // of the repeated character
+        const QString latin1 = mkddp::longLatin1Title(); // 159 letters, 318 bytes
+        QTest::newRow("Latin-1 title")
+            << QStringLiteral("1 - ") + latin1 << QStringLiteral(".wav") << 2;
+        QTest::newRow("with a copy's number")
+            << QStringLiteral("12 - ") + latin1 << QStringLiteral(" (12).wav") << 2;
+        // Three bytes a character, and four (a surrogate pair in the string).
+        QTest::newRow("CJK") << QString(120, QChar(0x66F2)) << QStringLiteral(".wav") << 3;
+        QTest::newRow("surrogate pairs")
+            << QStringLiteral("1 - ") + QString::fromUtf8("\xF0\x9F\x8E\xB5").repeated(80)
+            << QStringLiteral(".wav") << 4;
+        QTest::newRow("odd surrogate offset")
+            << QStringLiteral("12 - ") + QString::fromUtf8("\xF0\x9F\x8E\xB5").repeated(80)
+            << QStringLiteral(".wav") << 4;
+        // A letter and its combining accent stay together.
+        QTest::newRow("combining accents")
+            << QStringLiteral("1 - ") + QString::fromUtf8("e\xCC\x81").repeated(100)
+            << QStringLiteral(".wav") << 3;
+        QTest::newRow("short enough") << QStringLiteral("1 - Intro") << QStringLiteral(".wav") << 1;
+    }
+    void longNamesFit()
+    {
+        QFETCH(QString, stem);
+        QFETCH(QString, tail);
+        QFETCH(int, characterBytes);
+        const QString name = fittedFileName(stem, tail);
+        const QByteArray bytes = name.toUtf8();
+        QVERIFY2(bytes.size() <= kMaxFileNameBytes, bytes.constData());
+        // The writer's temporary name fits too: "<name>.<random>.part".
+        QVERIFY(bytes.size() + 20 <= 255);
+        QVERIFY(name.endsWith(tail));
+        const QString kept = name.left(name.size() - tail.size());
+        QVERIFY(stem.startsWith(kept));
+        QCOMPARE(QString::fromUtf8(bytes), name); // no broken sequence
+        if (kept.size() < stem.size()) {
+            QVERIFY(!kept.isEmpty());
+            QVERIFY(!kept.back().isHighSurrogate());
+            QVERIFY(!stem.at(kept.size()).isLowSurrogate());
+            QVERIFY(stem.at(kept.size()).category() != QChar::Mark_NonSpacing);
+            // It took as much as fits: one more character would not.
+            QVERIFY(bytes.size() + characterBytes > kMaxFileNameBytes);
+        } else {
+            QCOMPARE(name, stem + tail);
+        }
+    }
+
+    void controlCharactersNeverInNames()
+    {
+        QString all;
+        for (ushort u = 0; u < 0xA0; ++u)
+            all += QChar(u);
+        const QString safe = safeFileName(all);
+        QCOMPARE(safe.size(), all.size());
+        QVERIFY(!hasControlCharacter(safe));
+        QCOMPARE(safe.mid(0x20, 0x7F - 0x20),
+                 all.mid(0x20, 0x7F - 0x20).replace(QLatin1Char('/'), QLatin1Char('_')));
     }
 
     // A UPC/EAN of zeros stands for "no code": tags and the cue sheet's
@@ -200,9 +321,7 @@ private slots:
         QFETCH(bool, mapped);
         // An existing, longer file is replaced, not patched.
         const QString out = path(QStringLiteral("range.wav"));
-        QFile old(out);
-        QVERIFY(old.open(QIODevice::WriteOnly) && old.write(QByteArray(100000, 'z')) == 100000);
-        old.close();
+        QVERIFY(writeFile(out, QByteArray(100000, 'z')));
 
         FileWriterOneTrack worker(out, m_image, start, start + length);
         worker.setMappedReads(mapped);
@@ -229,7 +348,7 @@ private slots:
         QTest::addColumn<qint64>("length");
         QTest::addColumn<qint64>("sizeLimit");
         const QString regular = path(QStringLiteral("regular"));
-        QFile(regular).open(QIODevice::WriteOnly);
+        QVERIFY(writeFile(regular, {}));
         const QString out = path(QStringLiteral("x.wav"));
         QTest::newRow("folder is a file")
             << regular + QStringLiteral("/x.wav") << m_image << qint64(2352) << qint64(0);
@@ -290,6 +409,31 @@ private slots:
         QCOMPARE(o.failures.size(), 1);
         QVERIFY(o.failures.first().contains(QStringLiteral("/dev/full")));
         QVERIFY(QFileInfo::exists(QStringLiteral("/dev/full")));
+    }
+
+    // An image cut while it is read is a failed read, mapped or buffered,
+    // never a range of zeros.
+    void imageCutDuringTheRead_data()
+    {
+        QTest::addColumn<bool>("mapped");
+        QTest::newRow("mapped") << true;
+        QTest::newRow("buffered") << false;
+    }
+    void imageCutDuringTheRead()
+    {
+        QFETCH(bool, mapped);
+        const QString imagePath = path(QStringLiteral("cut%1.dat").arg(mapped));
+        const qint64 size = 4 * 1024 * 1024;
+        QVERIFY(writePatternImage(imagePath, size));
+        const std::shared_ptr<const DiscImage> image = DiscImage::openFile(imagePath);
+        QVERIFY(image);
+        ImageRange range;
+        range.setMappingAllowed(mapped);
+        QVERIFY(range.reset(*image, 0, size));
+        QVERIFY(range.load(0, 1024 * 1024));
+        QCOMPARE(::truncate(QFile::encodeName(imagePath).constData(), 2 * 1024 * 1024), 0);
+        QVERIFY(!range.load(2 * 1024 * 1024, 2 * 1024 * 1024));
+        range.release();
     }
 
     void allTracks_data()

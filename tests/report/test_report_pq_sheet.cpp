@@ -247,11 +247,7 @@ private slots:
                 row[QStringLiteral("loudness")].toString() == QLatin1String("-inf"))
                 silent += row[QStringLiteral("loudnessLufs")].isNull() ? 1 : 100;
         QCOMPARE(silent, 1);
-        QCOMPARE(json.object()
-                     .value(QStringLiteral("files"))
-                     .toArray()
-                     .at(0)[QStringLiteral("md5")]
-                     .toString(),
+        QCOMPARE(json[QStringLiteral("files")][0][QStringLiteral("md5")].toString(),
                  QStringLiteral("0123456789abcdef"));
     }
 
@@ -296,11 +292,9 @@ private slots:
                     ++digests;
             }
             QCOMPARE(digests, 2);
-            QVERIFY(sheet[QStringLiteral("rows")]
-                        .toArray()
-                        .at(1)[QStringLiteral("loudness")]
-                        .toString()
-                        .endsWith(QStringLiteral("LUFS")));
+            QVERIFY(
+                sheet[QStringLiteral("rows")][1][QStringLiteral("loudness")].toString().endsWith(
+                    QStringLiteral("LUFS")));
         }
         QProcess refused;
         refused.start(tivoraDdp,
