@@ -51,16 +51,23 @@ PqControlFlags pqControlFlags(const PqEntry& entry)
     return flags;
 }
 
+bool isIsrc(std::string_view isrc)
+{
+    auto upper = [](char c) { return c >= 'A' && c <= 'Z'; };
+    auto digit = [](char c) { return c >= '0' && c <= '9'; };
+    if (isrc.size() != 12)
+        return false;
+    for (std::size_t i = 0; i < 12; ++i) {
+        const char c = isrc[i];
+        const bool ok = i < 2 ? upper(c) : i < 5 ? (upper(c) || digit(c)) : digit(c);
+        if (!ok)
+            return false;
+    }
+    return true;
+}
+
 std::string validIsrc(const PqEntry& entry)
 {
     const std::string_view isrc = entry.isrc();
-    bool anyNonZero = false;
-    for (std::size_t i = 0; i < isrc.size(); ++i) {
-        const unsigned char c = static_cast<unsigned char>(isrc[i]);
-        const bool ok = i < 5 ? (std::isdigit(c) || std::isupper(c)) : std::isdigit(c) != 0;
-        if (!ok || c > 0x7F)
-            return {};
-        anyNonZero = anyNonZero || c != '0';
-    }
-    return anyNonZero ? std::string(isrc) : std::string();
+    return isIsrc(isrc) ? std::string(isrc) : std::string();
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Frame-exact positions of the PQ entries, for everything that reports or
@@ -45,7 +46,10 @@ struct PqControlFlags
 };
 PqControlFlags pqControlFlags(const PqEntry& entry);
 
-// The ISRC of an entry when it is one: twelve characters, country and owner
-// letters or digits, year and designation digits. Blank, zero-filled or
-// malformed fields give an empty string.
+// Whether `isrc` is one: twelve characters, two letters (the country), three
+// letters or digits (the owner), two digits (the year) and five (the
+// designation), letters in upper case.
+bool isIsrc(std::string_view isrc);
+// The ISRC of an entry when it is one; blank, zero-filled or malformed
+// fields give an empty string.
 std::string validIsrc(const PqEntry& entry);

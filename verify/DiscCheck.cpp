@@ -1,6 +1,7 @@
 #include "verify/DiscCheck.h"
 
 #include "ddp/DDPModel.h"
+#include "ddp/PqTime.h"
 
 #include <QStringList>
 
@@ -12,10 +13,9 @@
 
 namespace {
 
-constexpr int kFramesPerSecond = 75;
-constexpr int kMinTrackFrames = 4 * kFramesPerSecond;
-constexpr int kMinFirstPauseFrames = 2 * kFramesPerSecond;
-constexpr int kMaxDiscFrames = (79 * 60 + 59) * kFramesPerSecond + 74; // 79:59:74
+constexpr int kMinTrackFrames = 4 * kCdFramesPerSecond;
+constexpr int kMinFirstPauseFrames = 2 * kCdFramesPerSecond;
+constexpr int kMaxDiscFrames = (79 * 60 + 59) * kCdFramesPerSecond + 74; // 79:59:74
 constexpr std::size_t kPackSize = 18;
 
 std::optional<int> number(std::string_view field)
@@ -37,15 +37,12 @@ std::optional<int> frameTime(const PqEntry& entry)
     const auto f = number(entry.field(14, 2));
     if (!m || !s || !f)
         return std::nullopt;
-    return (*m * 60 + *s) * kFramesPerSecond + *f;
+    return (*m * 60 + *s) * kCdFramesPerSecond + *f;
 }
 
 QString timeText(int frames)
 {
-    return QStringLiteral("%1:%2:%3")
-        .arg(frames / kFramesPerSecond / 60, 2, 10, QLatin1Char('0'))
-        .arg(frames / kFramesPerSecond % 60, 2, 10, QLatin1Char('0'))
-        .arg(frames % kFramesPerSecond, 2, 10, QLatin1Char('0'));
+    return QString::fromStdString(frameTimeText(frames));
 }
 
 QString text(std::string_view bytes)
@@ -247,21 +244,6 @@ private:
                         .arg(stream.length));
     }
 
-    static bool validIsrc(std::string_view isrc)
-    {
-        auto upper = [](char c) { return c >= 'A' && c <= 'Z'; };
-        auto digit = [](char c) { return c >= '0' && c <= '9'; };
-        if (isrc.size() != 12)
-            return false;
-        for (std::size_t i = 0; i < 12; ++i) {
-            const char c = isrc[i];
-            const bool ok = i < 2 ? upper(c) : i < 5 ? (upper(c) || digit(c)) : digit(c);
-            if (!ok)
-                return false;
-        }
-        return true;
-    }
-
     void isrcs()
     {
         std::map<std::string, int> seen;
@@ -272,7 +254,7 @@ private:
                 m_rawEntries[std::size_t(track.index01 - m_model.entries().data())].isrc();
             if (blankOrZero(isrc))
                 continue;
-            if (!validIsrc(isrc)) {
+            if (!isIsrc(isrc)) {
                 add("isrc-invalid", Finding::Error, trackOf(track),
                     QStringLiteral("Track %1: the ISRC \"%2\" is not two letters, three letters "
                                    "or digits, two digits and five digits.")
@@ -400,24 +382,19 @@ private:
         for (const Track& track : m_tracks) {
             if (!track.index01)
                 continue;
-            // Control byte 1 as two hex digits: the Q channel's control
-            // nibble, then its ADR.
-            const char digit = track.index01->field(16, 1)[0];
-            if (!std::isxdigit(static_cast<unsigned char>(digit)))
-                continue;
-            const int control = std::stoi(std::string(1, digit), nullptr, 16);
-            if (control & 0x1)
+            const PqControlFlags flags = pqControlFlags(*track.index01);
+            if (flags.preEmphasis)
                 add("pre-emphasis", Finding::Warning, trackOf(track),
                     QStringLiteral("Track %1 is flagged for pre-emphasis: players de-emphasize "
                                    "it, this one plays the samples as they stand.")
                         .arg(track.number));
-            if (control & 0x2)
+            if (flags.copyPermitted)
                 add("copy-permitted", Finding::Note, trackOf(track),
                     QStringLiteral("Track %1 is flagged as copy permitted.").arg(track.number));
-            if (control & 0x4)
+            if (flags.data)
                 add("data-track", Finding::Warning, trackOf(track),
                     QStringLiteral("Track %1 is flagged as data, not audio.").arg(track.number));
-            if (control & 0x8)
+            if (flags.fourChannel)
                 add("four-channel", Finding::Note, trackOf(track),
                     QStringLiteral("Track %1 is flagged as four-channel audio.").arg(track.number));
         }
