@@ -4,6 +4,7 @@
 #include "analysis/TruePeakMeter.h"
 #include "analysis/WorkPlan.h"
 #include "ddp/DiscImage.h"
+#include "jobs/ThreadPriority.h"
 
 #include <QThread>
 
@@ -13,25 +14,7 @@
 #include <mutex>
 #include <thread>
 
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
-
 namespace {
-
-// A worker of the window's analysis yields to playback and to the window.
-// On Linux a thread has its own nice value; the workers belong to one
-// analysis and end with it, so no niced thread is reused.
-void lowerPriority()
-{
-#ifdef Q_OS_LINUX
-    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 10);
-#else
-    QThread::currentThread()->setPriority(QThread::LowPriority);
-#endif
-}
 
 // Five seconds of audio: short enough that the cores finish within a few
 // milliseconds of each other, long enough that the interpolator's history
@@ -137,7 +120,7 @@ DiscLoudness analyzeLoudness(const DiscImage& image, const std::vector<AnalysisP
     for (int w = 0; w < count; ++w) {
         workers.emplace_back([&] {
             if (options.background)
-                lowerPriority();
+                lowerThisThreadsPriority();
             for (std::size_t k = next++; k < plan.items.size() && !stopped.load(); k = next++) {
                 if (!runItem(k))
                     stopped.store(true);

@@ -95,7 +95,7 @@ QString EncodeWriter::run()
     for (const Job& job : jobs)
         total += job.end - job.start;
 
-    int threads = m_threadCount > 0 ? m_threadCount : QThread::idealThreadCount();
+    int threads = QThread::idealThreadCount();
     threads = std::max(1, std::min(threads, static_cast<int>(jobs.size())));
     std::atomic<std::size_t> next{0};
     std::vector<std::thread> pool;

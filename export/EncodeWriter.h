@@ -37,9 +37,6 @@ public:
                  std::shared_ptr<DDPModel> model, std::size_t entryIndex,
                  QObject* parent = nullptr);
 
-    // Threads used at most; by default the machine's cores.
-    void setThreadCount(int count) { m_threadCount = count; }
-
 protected:
     QString run() override;
 
@@ -74,7 +71,6 @@ private:
     QString m_outputFolder;
     std::shared_ptr<DDPModel> m_model;
     std::optional<std::size_t> m_entry;
-    int m_threadCount = 0;
 
     // Shared between the encoding threads and the worker's thread.
     std::atomic<bool> m_stop{false};    // set by either on a failure or a cancel

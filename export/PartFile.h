@@ -25,7 +25,6 @@ public:
     // "Could not create …" with the system's reason.
     QString create();
     QFile& file() { return m_file; }
-    const QString& target() const { return m_target; }
     // The name written to until commit().
     const QString& writingPath() const { return m_writingPath; }
 

@@ -1,8 +1,8 @@
 #include "export/WavExport.h"
 
-#include "ddp/CdTextStrings.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
+#include "ddp/DiscTexts.h"
 #include "ddp/ImageLayout.h"
 #include "ddp/RegularFile.h"
 #include "ddp/Settings.h"
@@ -143,11 +143,7 @@ void WavExport::exportCueSheet(const QString& ddpFolder)
         return;
     const std::shared_ptr<DDPModel> model = m_model;
     // Named after the album when the disc has a title for it.
-    QString album;
-    try {
-        album = cdTextString(model->cdText(), 0, CdTextRecord::Title).trimmed();
-    } catch (const std::exception&) {
-    }
+    const QString album = albumText(*model, CdTextRecord::Title);
     const QString name =
         safeFileName(album.isEmpty() ? tr("Reference CD") : album) + QStringLiteral(".cue");
     const QString proposed =

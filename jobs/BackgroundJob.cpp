@@ -1,30 +1,14 @@
 #include "jobs/BackgroundJob.h"
 
-#include <QPointer>
+#include "jobs/ThreadPriority.h"
 
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
+#include <QPointer>
 
 #include <utility>
 
 namespace {
 
 constexpr int kPollMs = 50;
-
-// A job reads and computes flat out; the GUI thread's 16 ms tick and the
-// audio must never wait for it. A nice value of 10 for this thread alone
-// lets the scheduler hand the CPU to them at once when they wake, while the
-// job still has every cycle nobody else wants. (Qt's own thread priorities
-// do nothing for ordinary threads on Linux.)
-void yieldToOtherThreads()
-{
-#ifdef Q_OS_LINUX
-    setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 10);
-#endif
-}
 
 } // namespace
 
@@ -58,7 +42,7 @@ void BackgroundJob::start(Work work)
     m_reportedDone = 0;
     m_reportedTotal = 0;
     m_thread = std::thread([this, work = std::move(work)] {
-        yieldToOtherThreads();
+        lowerThisThreadsPriority();
         work(m_context);
         // Release: whatever the work wrote is visible to whoever sees the
         // flag (the join orders it again before finished()).

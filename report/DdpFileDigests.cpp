@@ -41,7 +41,6 @@ std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPM
         PqSheetFile file{QString::fromStdString(name), length, knownMd5(verification, name)};
         if (file.md5.isEmpty() && from) {
             DigestJob job;
-            job.name = name;
             job.image = std::move(from);
             job.offset = offset;
             job.length = length;

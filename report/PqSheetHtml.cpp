@@ -8,8 +8,7 @@ QString escaped(const QString& text)
     return text.toHtmlEscaped();
 }
 
-// Styles Qt's own rich-text engine understands as well, since the PDF is
-// laid out from this same HTML.
+// Plain styles, so that any mail client or browser shows the sheet alike.
 const char* const kStyle = R"(
 body { font-family: 'Liberation Sans', 'DejaVu Sans', Arial, sans-serif; font-size: 8pt; color: #000; }
 h1 { font-size: 14pt; margin: 0 0 6pt 0; }

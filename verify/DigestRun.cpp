@@ -60,7 +60,6 @@ std::vector<DigestResult> runDigests(const std::vector<DigestJob>& jobs,
                 break;
             }
         }
-        result.bytesRead = position;
         if (result.status != DigestResult::Done)
             continue;
         if (job.md5)

@@ -13,7 +13,6 @@ class DiscImage;
 // one stream of the disc's audio), and which digests it needs.
 struct DigestJob
 {
-    std::string name;
     std::shared_ptr<const DiscImage> image;
     std::uint64_t offset = 0;
     std::uint64_t length = 0;
@@ -32,7 +31,6 @@ struct DigestResult
     Status status = Cancelled;
     std::string md5;   // lower-case hex, when asked for and Done
     std::string crc32; // lower-case hex, 8 digits, when asked for and Done
-    std::uint64_t bytesRead = 0;
 };
 
 // Bytes done and bytes in all, after every block.

@@ -114,14 +114,6 @@ std::vector<std::string> VerificationReport::unrecognisedFileNames() const
     return names;
 }
 
-std::uint64_t VerificationPlan::totalBytes() const
-{
-    std::uint64_t total = 0;
-    for (const DigestJob& job : jobs)
-        total += job.length;
-    return total;
-}
-
 VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& model,
                                   const DdpFileNames& names,
                                   const std::shared_ptr<const DiscImage>& image)
@@ -172,7 +164,6 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
             auto found = jobOfName.find(key);
             if (found == jobOfName.end()) {
                 DigestJob job;
-                job.name = entry.name;
                 // The audio streams are read as playback reads them.
                 for (const ImageStream& stream : model.imageLayout().streams) {
                     if (image && stream.discOffset <= image->length() &&

@@ -70,7 +70,6 @@ struct VerificationPlan
     std::vector<DigestJob> jobs;
     // For each job, the verdicts it decides.
     std::vector<std::vector<std::size_t>> verdictsOfJob;
-    std::uint64_t totalBytes() const;
 };
 
 // Looks for checksum files beside the DDP's own (by content, then by name),

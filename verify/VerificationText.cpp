@@ -141,7 +141,7 @@ QByteArray verificationText(const VerificationReport& report)
         out += QStringLiteral("%1: %2\n").arg(fileName(verdict.name), verdictWord(verdict));
     for (const std::string& name : report.unlisted)
         out += QStringLiteral("%1: not listed in any checksum file\n").arg(fileName(name));
-    out += verdictLine(report).section(QStringLiteral(" · "), 0, 0) + QLatin1Char('\n');
+    out += checksumLine(report) + QLatin1Char('\n');
     for (const Finding& finding : report.findings) {
         out += QStringLiteral("%1 %2").arg(QLatin1String(severityName(finding.severity)),
                                            QString::fromStdString(finding.id));

@@ -32,9 +32,8 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
         if (files.image.empty() && files.pq.empty() && files.cdText.empty())
             files = readDdpFileNames(*source);
         VerificationPlan plan = planVerification(*source, *model, files, image);
-        const std::uint64_t total = plan.totalBytes();
         runVerification(plan, &context.cancelFlag(),
-                        [&context, total](std::uint64_t done, std::uint64_t) {
+                        [&context](std::uint64_t done, std::uint64_t total) {
                             context.setProgress(done, total);
                         });
         m_runReport = std::move(plan.report);

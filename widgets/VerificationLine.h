@@ -44,7 +44,6 @@ public:
     bool isRunning() const;
     // The last finished run's report (empty before one).
     const VerificationReport& report() const;
-    VerificationWorker* worker() const { return m_worker; }
 
     // Shows a finished report; used by start()'s worker and by tests.
     void showReport(const VerificationReport& report);
