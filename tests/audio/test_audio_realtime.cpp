@@ -1,8 +1,7 @@
 // Real-time safety: the audio thread does not allocate, lock or read the
-// file while playing,
-// seeking and skipping, and thousands of transport operations racing the
-// callback leave the position and the output exact. Also run under
-// ThreadSanitizer (tools/run-tsan.sh).
+// file while playing, seeking and skipping, and thousands of transport
+// operations racing the callback leave the position and the output exact.
+// Also run under ThreadSanitizer (tools/run-tsan.sh).
 #include "AudioTestSupport.h"
 #include "FakeDevice.h"
 #include "ddp/DdpTestBytes.h"
@@ -154,154 +153,149 @@ class TestAudioRealtime : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase();
-    void audioThreadNeverAllocates();
-    void transportStressEndsExact();
-
-private:
     QTemporaryDir m_dir;
     QString m_image;
-};
 
-void TestAudioRealtime::initTestCase()
-{
-    m_image = writeImage(m_dir.path(), 10 * 44100);
-    QVERIFY(!m_image.isEmpty());
-}
-
-void TestAudioRealtime::audioThreadNeverAllocates()
-{
-    Player player;
-    auto model = makeModel();
-    player.setTrackSource(model);
-    player.load(m_image, {});
-    QVERIFY(player.streaming().waitForReader());
-
-    g_audioThreadAllocations = 0;
-#ifdef TIVORA_COUNTS_LOCKS
-    g_audioThreadLocks = 0;
-    g_audioThreadFileCalls = 0;
-#endif
-    FakeDevice device(player.streaming(), 256, std::chrono::microseconds(500),
-                      [](bool on) { t_counting = on; });
-    auto wait = [] { QTest::qWait(40); };
-    player.play();
-    wait();
-    QCOMPARE(player.seek(0.5), 0);
-    wait();
-    player.selectNextTrack();
-    QTRY_COMPARE(player.entryIndex(), 3);
-    player.selectNextTrack();
-    wait();
-    player.selectPreviousTrack();
-    QTRY_COMPARE(player.entryIndex(), 2);
-    player.selectTrack(3);
-    wait();
-    player.setVolume(0.3);
-    player.pause();
-    QTRY_VERIFY(player.isPaused());
-    player.play();
-    wait();
-    player.selectTrack(5); // the last track, then past it
-    wait();
-    player.selectNextTrack();
-    QTRY_VERIFY(player.isStopped());
-    player.play();
-    wait();
-    player.stop();
-    wait();
-    device.stop();
-
-    QVERIFY(device.callbacks() > 100);
-    QCOMPARE(g_audioThreadAllocations.load(), 0L);
-#ifdef TIVORA_COUNTS_LOCKS
-    QCOMPARE(g_audioThreadLocks.load(), 0L);
-    QCOMPARE(g_audioThreadFileCalls.load(), 0L);
-#endif
-}
-
-void TestAudioRealtime::transportStressEndsExact()
-{
-    Player player;
-    auto model = makeModel();
-    player.setTrackSource(model);
-    player.load(m_image, {});
-    QVERIFY(player.streaming().waitForReader());
-
+private slots:
+    void initTestCase()
     {
-        FakeDevice device(player.streaming(), 256, std::chrono::microseconds(20), [](bool) {});
-        std::mt19937 random(20261122);
-        std::uniform_int_distribution<int> pick(0, 9);
-        std::uniform_real_distribution<double> fraction(-0.2, 1.2);
-        for (int i = 0; i < 5000; ++i) {
-            switch (pick(random)) {
-            case 0:
-                player.play();
-                break;
-            case 1:
-                player.pause();
-                break;
-            case 2:
-                player.stop();
-                break;
-            case 3:
-            case 4:
-                player.selectNextTrack();
-                break;
-            case 5:
-                player.selectPreviousTrack();
-                break;
-            case 6:
-                player.selectTrack(static_cast<int>(random() % 6));
-                break;
-            case 7:
-                player.seek(fraction(random));
-                break;
-            case 8:
-                player.setVolume(fraction(random));
-                break;
-            default:
-                // The display tick: at a track's end playback runs on.
-                if (player.position() >= float(player.currentTrackLength()))
-                    player.onTrackEnded();
-                else
-                    std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
-                break;
-            }
-        }
-        QVERIFY(device.callbacks() > 100);
+        m_image = writeImage(m_dir.path(), 10 * 44100);
+        QVERIFY(!m_image.isEmpty());
     }
 
-    // Whatever was left queued runs out; then the transport must still be
-    // exact: stop, select a track, play it sample for sample.
-    player.setVolume(1.0);
-    for (int i = 0; i < 10 && !(player.isStopped() && player.streaming().fadeState() == Idle);
-         ++i) {
+    void audioThreadNeverAllocates()
+    {
+        Player player;
+        auto model = makeModel();
+        player.setTrackSource(model);
+        player.load(m_image, {});
+        QVERIFY(player.streaming().waitForReader());
+
+        g_audioThreadAllocations = 0;
+#ifdef TIVORA_COUNTS_LOCKS
+        g_audioThreadLocks = 0;
+        g_audioThreadFileCalls = 0;
+#endif
+        FakeDevice device(player.streaming(), 256, std::chrono::microseconds(500),
+                          [](bool on) { t_counting = on; });
+        auto wait = [] { QTest::qWait(40); };
+        player.play();
+        wait();
+        QCOMPARE(player.seek(0.5), 0);
+        wait();
+        player.selectNextTrack();
+        QTRY_COMPARE(player.entryIndex(), 3);
+        player.selectNextTrack();
+        wait();
+        player.selectPreviousTrack();
+        QTRY_COMPARE(player.entryIndex(), 2);
+        player.selectTrack(3);
+        wait();
+        player.setVolume(0.3);
+        player.pause();
+        QTRY_VERIFY(player.isPaused());
+        player.play();
+        wait();
+        player.selectTrack(5); // the last track, then past it
+        wait();
+        player.selectNextTrack();
+        QTRY_VERIFY(player.isStopped());
+        player.play();
+        wait();
         player.stop();
-        settle(player);
+        wait();
+        device.stop();
+
+        QVERIFY(device.callbacks() > 100);
+        QCOMPARE(g_audioThreadAllocations.load(), 0L);
+#ifdef TIVORA_COUNTS_LOCKS
+        QCOMPARE(g_audioThreadLocks.load(), 0L);
+        QCOMPARE(g_audioThreadFileCalls.load(), 0L);
+#endif
     }
-    QVERIFY(player.isStopped());
-    QCOMPARE(player.position(), 0.0f);
-    drive(player.streaming(), 1024, 10240); // the volume glide settles
 
-    player.selectTrack(2); // entry 4: the pre-gap of track 2
-    QCOMPARE(player.entryIndex(), 4);
-    std::vector<float> out = drive(player.streaming(), 256, 4096);
-    QCOMPARE(player.streaming().currentSampleInFile(), 4 * 75 * kCdFrame);
-    QCOMPARE(player.position(), 4096.0f * 4);
-    QCOMPARE(checkTail(out, player.streaming(), 3500), QString());
+    void transportStressEndsExact()
+    {
+        Player player;
+        auto model = makeModel();
+        player.setTrackSource(model);
+        player.load(m_image, {});
+        QVERIFY(player.streaming().waitForReader());
 
-    // Both guards are free again: next and previous each move.
-    player.selectNextTrack();
-    out = drive(player.streaming(), 256, 4096);
-    QCOMPARE(player.entryIndex(), 5);
-    QCOMPARE(checkTail(out, player.streaming(), 3000), QString());
-    player.selectPreviousTrack();
-    out = drive(player.streaming(), 256, 4096);
-    QCOMPARE(player.entryIndex(), 2);
-    QCOMPARE(checkTail(out, player.streaming(), 3000), QString());
-}
+        {
+            FakeDevice device(player.streaming(), 256, std::chrono::microseconds(20), [](bool) {});
+            std::mt19937 random(20261122);
+            std::uniform_int_distribution<int> pick(0, 9);
+            std::uniform_real_distribution<double> fraction(-0.2, 1.2);
+            for (int i = 0; i < 5000; ++i) {
+                switch (pick(random)) {
+                case 0:
+                    player.play();
+                    break;
+                case 1:
+                    player.pause();
+                    break;
+                case 2:
+                    player.stop();
+                    break;
+                case 3:
+                case 4:
+                    player.selectNextTrack();
+                    break;
+                case 5:
+                    player.selectPreviousTrack();
+                    break;
+                case 6:
+                    player.selectTrack(static_cast<int>(random() % 6));
+                    break;
+                case 7:
+                    player.seek(fraction(random));
+                    break;
+                case 8:
+                    player.setVolume(fraction(random));
+                    break;
+                default:
+                    // The display tick: at a track's end playback runs on.
+                    if (player.position() >= float(player.currentTrackLength()))
+                        player.onTrackEnded();
+                    else
+                        std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+                    break;
+                }
+            }
+            QVERIFY(device.callbacks() > 100);
+        }
+
+        // Whatever was left queued runs out; then the transport must still be
+        // exact: stop, select a track, play it sample for sample.
+        player.setVolume(1.0);
+        for (int i = 0; i < 10 && !(player.isStopped() && player.streaming().fadeState() == Idle);
+             ++i) {
+            player.stop();
+            settle(player);
+        }
+        QVERIFY(player.isStopped());
+        QCOMPARE(player.position(), 0.0f);
+        drive(player.streaming(), 1024, 10240); // the volume glide settles
+
+        player.selectTrack(2); // entry 4: the pre-gap of track 2
+        QCOMPARE(player.entryIndex(), 4);
+        std::vector<float> out = drive(player.streaming(), 256, 4096);
+        QCOMPARE(player.streaming().currentSampleInFile(), 4 * 75 * kCdFrame);
+        QCOMPARE(player.position(), 4096.0f * 4);
+        QCOMPARE(checkTail(out, player.streaming(), 3500), QString());
+
+        // Both guards are free again: next and previous each move.
+        player.selectNextTrack();
+        out = drive(player.streaming(), 256, 4096);
+        QCOMPARE(player.entryIndex(), 5);
+        QCOMPARE(checkTail(out, player.streaming(), 3000), QString());
+        player.selectPreviousTrack();
+        out = drive(player.streaming(), 256, 4096);
+        QCOMPARE(player.entryIndex(), 2);
+        QCOMPARE(checkTail(out, player.streaming(), 3000), QString());
+    }
+};
 
 QTEST_GUILESS_MAIN(TestAudioRealtime)
 #include "test_audio_realtime.moc"

@@ -1,10 +1,13 @@
 // Checksum files beside generated discs, in folders and in ZIP archives:
 // the verdicts, the files nobody lists, and tivora-ddp verify's exit status.
-#include "VerifyTestSupport.h"
 #include "tests/archive/RunZip.h"
 
 #include "archive/ArchiveDdp.h"
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileSource.h"
+#include "ddp/DdpLoader.h"
 #include "ddp/ImageLayout.h"
+#include "tools/mkddp/Mkddp.h"
 #include "verify/Verification.h"
 #include "verify/VerificationText.h"
 #include "verify/VerificationWorker.h"
@@ -12,6 +15,7 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -19,39 +23,48 @@ namespace {
 
 using Style = mkddp::ChecksumStyle;
 
-struct Verified
+// A disc loaded the way the window loads it, from a folder or an archive.
+struct Disc
 {
+    std::shared_ptr<const IDdpFileSource> source;
+    std::shared_ptr<DDPModel> model = std::make_shared<DDPModel>();
+    DdpFileNames names;
     LoadResult result;
-    VerificationReport report;
+    std::shared_ptr<const DiscImage> image;
+
+    VerificationPlan plan() const { return planVerification(*source, *model, names, image); }
+    VerificationReport verify() const { return verifyDisc(*source, *model, names, image); }
 };
 
-Verified verifyFolder(const QString& folder)
+Disc loadFolder(const QString& folder)
 {
-    Verified out;
-    auto model = std::make_shared<DDPModel>();
-    DdpFileNames names;
+    Disc disc;
     QStandardItemModel table;
-    out.result = loadDdp(folder, &table, *model, &names);
-    const auto image = openDiscImage(folder, model->imageLayout());
-    out.report = verifyDisc(FolderFileSource(folder), *model, names, image);
-    return out;
+    disc.source = std::make_shared<FolderFileSource>(folder);
+    disc.result = loadDdp(folder, &table, *disc.model, &disc.names);
+    disc.image = openDiscImage(folder, disc.model->imageLayout());
+    return disc;
 }
 
-Verified verifyArchive(const QString& zip, const QString& unpackBase)
+Disc loadArchive(const QString& zip, const QString& unpackBase)
 {
-    Verified out;
+    Disc disc;
     ArchiveDdp::Options options;
     options.unpackBase = unpackBase;
-    ArchiveDdp::Opened opened = ArchiveDdp::open(zip, options);
+    const ArchiveDdp::Opened opened = ArchiveDdp::open(zip, options);
+    disc.result = opened.result;
     if (!opened.ddp)
-        return out;
-    auto model = std::make_shared<DDPModel>();
-    DdpFileNames names;
+        return disc;
     QStandardItemModel table;
-    out.result = loadDdp(*opened.ddp, &table, *model, &names);
-    const auto image = opened.ddp->openImage(model->imageLayout());
-    out.report = verifyDisc(*opened.ddp, *model, names, image);
-    return out;
+    disc.source = opened.ddp;
+    disc.result = loadDdp(*opened.ddp, &table, *disc.model, &disc.names);
+    disc.image = opened.ddp->openImage(disc.model->imageLayout());
+    return disc;
+}
+
+VerificationReport verifyFolder(const QString& folder)
+{
+    return loadFolder(folder).verify();
 }
 
 std::map<std::string, ChecksumVerdict::Status> statuses(const VerificationReport& report)
@@ -60,6 +73,14 @@ std::map<std::string, ChecksumVerdict::Status> statuses(const VerificationReport
     for (const ChecksumVerdict& v : report.verdicts)
         map[v.name] = v.status;
     return map;
+}
+
+// Every file matches its checksum but IMAGE.DAT, whose byte was flipped.
+void onlyTheImageFails(const VerificationReport& report)
+{
+    for (const auto& [name, status] : statuses(report))
+        QCOMPARE(int(status),
+                 int(name == "IMAGE.DAT" ? ChecksumVerdict::Mismatch : ChecksumVerdict::Match));
 }
 
 QString tool(const char* relative)
@@ -76,8 +97,8 @@ class TestVerifyChecksums : public QObject
 
     QTemporaryDir m_dir;
 
-    QString write(const QString& name, mkddp::DiscSpec spec, Style style,
-                  QVector<mkddp::Fault> faults = {})
+    QString write(const QString& name, Style style, QVector<mkddp::Fault> faults = {},
+                  mkddp::DiscSpec spec = mkddp::simpleDisc(3, 10))
     {
         spec.checksums = style;
         spec.faults = faults;
@@ -105,93 +126,75 @@ private slots:
     {
         QFETCH(int, style);
         QFETCH(QString, checksumFile);
-        const QString folder =
-            write(QStringLiteral("ok-%1").arg(style), mkddp::simpleDisc(3, 10), Style(style));
-        const Verified v = verifyFolder(folder);
-        QCOMPARE(int(v.result.kind), int(ErrorKind::NoError));
-        QCOMPARE(v.report.state(), VerificationReport::Ok);
-        QCOMPARE(v.report.verdicts.size(), std::size_t(5)); // DDPID, DDPMS, PQ, CD-Text, image
-        QVERIFY(v.report.unlisted.empty());
-        QCOMPARE(v.report.exitStatus(), 0);
-        QCOMPARE(verdictLine(v.report),
+        const Disc disc = loadFolder(write(QStringLiteral("ok-%1").arg(style), Style(style)));
+        QCOMPARE(int(disc.result.kind), int(ErrorKind::NoError));
+        const VerificationReport report = disc.verify();
+        QCOMPARE(report.state(), VerificationReport::Ok);
+        QCOMPARE(report.verdicts.size(), std::size_t(5)); // DDPID, DDPMS, PQ, CD-Text, image
+        QVERIFY(report.unlisted.empty());
+        QCOMPARE(report.exitStatus(), 0);
+        QCOMPARE(verdictLine(report),
                  QStringLiteral("Checksums OK: 5 of 5 files (%1)").arg(checksumFile));
     }
 
     void oneFlippedByteFailsThatFileOnly()
     {
         for (Style style : {Style::Md5, Style::CrcIni}) {
-            const QString folder =
-                write(QStringLiteral("flip-%1").arg(int(style)), mkddp::simpleDisc(3, 10), style,
-                      {mkddp::Fault::ChecksumFlippedByte});
-            const Verified v = verifyFolder(folder);
-            QCOMPARE(v.report.state(), VerificationReport::Failed);
-            for (const auto& [name, status] : statuses(v.report))
-                QCOMPARE(int(status), int(name == "IMAGE.DAT" ? ChecksumVerdict::Mismatch
-                                                              : ChecksumVerdict::Match));
-            QCOMPARE(v.report.exitStatus(), 1);
-            QCOMPARE(verdictLine(v.report),
-                     QStringLiteral("IMAGE.DAT does not match its checksum"));
+            const VerificationReport report =
+                verifyFolder(write(QStringLiteral("flip-%1").arg(int(style)), style,
+                                   {mkddp::Fault::ChecksumFlippedByte}));
+            QCOMPARE(report.state(), VerificationReport::Failed);
+            onlyTheImageFails(report);
+            QCOMPARE(report.exitStatus(), 1);
+            QCOMPARE(verdictLine(report), QStringLiteral("IMAGE.DAT does not match its checksum"));
         }
     }
 
     void listedButMissingAndPresentButUnlisted()
     {
-        const QString folder =
-            write(QStringLiteral("gaps"), mkddp::simpleDisc(3, 10), Style::Md5,
-                  {mkddp::Fault::ChecksumMissingFile, mkddp::Fault::ChecksumUnlistedFile});
-        const Verified v = verifyFolder(folder);
-        const auto map = statuses(v.report);
+        const VerificationReport report = verifyFolder(
+            write(QStringLiteral("gaps"), Style::Md5,
+                  {mkddp::Fault::ChecksumMissingFile, mkddp::Fault::ChecksumUnlistedFile}));
+        const auto map = statuses(report);
         QCOMPARE(int(map.at("MISSING.DAT")), int(ChecksumVerdict::Missing));
         QCOMPARE(int(map.at("IMAGE.DAT")), int(ChecksumVerdict::Match));
         QCOMPARE(map.count("PQDESCR"), std::size_t(0));
-        QCOMPARE(v.report.unlisted, std::vector<std::string>{"PQDESCR"});
-        QCOMPARE(v.report.state(), VerificationReport::Failed);
-        QCOMPARE(verdictLine(v.report), QStringLiteral("MISSING.DAT is missing"));
+        QCOMPARE(report.unlisted, std::vector<std::string>{"PQDESCR"});
+        QCOMPARE(report.state(), VerificationReport::Failed);
+        QCOMPARE(verdictLine(report), QStringLiteral("MISSING.DAT is missing"));
 
         // Only unlisted: still OK, but the count says what is covered.
-        const QString unlisted = write(QStringLiteral("unlisted"), mkddp::simpleDisc(3, 10),
-                                       Style::Md5, {mkddp::Fault::ChecksumUnlistedFile});
-        const Verified u = verifyFolder(unlisted);
-        QCOMPARE(u.report.state(), VerificationReport::Ok);
-        QCOMPARE(verdictLine(u.report),
+        const VerificationReport unlisted = verifyFolder(
+            write(QStringLiteral("unlisted"), Style::Md5, {mkddp::Fault::ChecksumUnlistedFile}));
+        QCOMPARE(unlisted.state(), VerificationReport::Ok);
+        QCOMPARE(verdictLine(unlisted),
                  QStringLiteral("Checksums OK: 4 of 5 files (CHECKSUM.MD5)"));
     }
 
     void aChecksumFileOfUnknownFormatGetsNoVerdict()
     {
-        const QString folder =
-            write(QStringLiteral("unknown"), mkddp::simpleDisc(3, 10), Style::Unknown);
-        const Verified v = verifyFolder(folder);
-        QCOMPARE(v.report.state(), VerificationReport::NoChecksumFile);
-        QVERIFY(v.report.verdicts.empty());
-        QCOMPARE(v.report.unrecognisedFileNames(), std::vector<std::string>{"CHECKSUM.TXT"});
-        QCOMPARE(v.report.exitStatus(), 3);
-        QVERIFY(verdictLine(v.report).contains(QLatin1String("CHECKSUM.TXT")));
+        const VerificationReport report =
+            verifyFolder(write(QStringLiteral("unknown"), Style::Unknown));
+        QCOMPARE(report.state(), VerificationReport::NoChecksumFile);
+        QVERIFY(report.verdicts.empty());
+        QCOMPARE(report.unrecognisedFileNames(), std::vector<std::string>{"CHECKSUM.TXT"});
+        QCOMPARE(report.exitStatus(), 3);
+        QVERIFY(verdictLine(report).contains(QLatin1String("CHECKSUM.TXT")));
 
-        const QString none = write(QStringLiteral("none"), mkddp::simpleDisc(3, 10), Style::None);
-        QCOMPARE(verdictLine(verifyFolder(none).report), QStringLiteral("No checksum file"));
+        QCOMPARE(verdictLine(verifyFolder(write(QStringLiteral("none"), Style::None))),
+                 QStringLiteral("No checksum file"));
     }
 
     void twoChecksumFilesOneReadOfEachFile()
     {
         // CHECKSUM.MD5 and CHECKSUM.TXT side by side: every file is read once
         // for both its digests, and each file's verdicts come from both.
-        const QString folder = write(QStringLiteral("both"), mkddp::simpleDisc(3, 10), Style::Md5);
-        QFile md5(QDir(folder).filePath(QStringLiteral("CHECKSUM.MD5")));
-        QVERIFY(md5.open(QIODevice::ReadOnly));
-        const QByteArray md5Bytes = md5.readAll();
-        md5.close();
-        write(QStringLiteral("both"), mkddp::simpleDisc(3, 10), Style::CrcIni);
-        QVERIFY(md5.open(QIODevice::WriteOnly));
-        md5.write(md5Bytes);
-        md5.close();
+        const QString folder = write(QStringLiteral("both"), Style::Md5);
+        const QString crc = write(QStringLiteral("both-crc"), Style::CrcIni);
+        QVERIFY(QFile::copy(QDir(crc).filePath(QStringLiteral("CHECKSUM.TXT")),
+                            QDir(folder).filePath(QStringLiteral("CHECKSUM.TXT"))));
 
-        auto model = std::make_shared<DDPModel>();
-        DdpFileNames names;
-        QStandardItemModel table;
-        loadDdp(folder, &table, *model, &names);
-        VerificationPlan plan = planVerification(FolderFileSource(folder), *model, names,
-                                                 openDiscImage(folder, model->imageLayout()));
+        VerificationPlan plan = loadFolder(folder).plan();
         QCOMPARE(plan.report.verdicts.size(), std::size_t(10));
         QCOMPARE(plan.jobs.size(), std::size_t(5));
         for (const DigestJob& job : plan.jobs)
@@ -209,94 +212,80 @@ private slots:
         mkddp::DiscSpec spec = mkddp::simpleDisc(3, 10);
         spec.imageStreams = 3;
         spec.streamGapFrames = 10;
-        const Verified v = verifyFolder(write(QStringLiteral("split"), spec, Style::Md5));
-        QCOMPARE(v.report.state(), VerificationReport::Ok);
-        QCOMPARE(statuses(v.report).count("IMAGE2.DAT"), std::size_t(1));
-        QVERIFY(v.report.unlisted.empty());
+        const VerificationReport report =
+            verifyFolder(write(QStringLiteral("split"), Style::Md5, {}, spec));
+        QCOMPARE(report.state(), VerificationReport::Ok);
+        QCOMPARE(statuses(report).count("IMAGE2.DAT"), std::size_t(1));
+        QVERIFY(report.unlisted.empty());
     }
 
     void insideZipArchivesStoredAndDeflated()
     {
-        const QString folder = write(QStringLiteral("zipped"), mkddp::simpleDisc(3, 10),
-                                     Style::Md5CrlfUpper, {mkddp::Fault::ChecksumFlippedByte});
+        const QString folder = write(QStringLiteral("zipped"), Style::Md5CrlfUpper,
+                                     {mkddp::Fault::ChecksumFlippedByte});
         for (const bool stored : {true, false}) {
             const QString zip = m_dir.filePath(stored ? QStringLiteral("stored.zip")
                                                       : QStringLiteral("deflated.zip"));
             QVERIFY(zipFolder(folder, zip, stored));
-            const Verified v = verifyArchive(zip, m_dir.filePath(QStringLiteral("unpack")));
-            QCOMPARE(int(v.result.kind), int(ErrorKind::NoError));
-            QCOMPARE(v.report.verdicts.size(), std::size_t(5));
-            for (const auto& [name, status] : statuses(v.report))
-                QCOMPARE(int(status), int(name == "IMAGE.DAT" ? ChecksumVerdict::Mismatch
-                                                              : ChecksumVerdict::Match));
+            const Disc disc = loadArchive(zip, m_dir.filePath(QStringLiteral("unpack")));
+            QCOMPARE(int(disc.result.kind), int(ErrorKind::NoError));
+            const VerificationReport report = disc.verify();
+            QCOMPARE(report.verdicts.size(), std::size_t(5));
+            onlyTheImageFails(report);
         }
     }
 
     void commandLineExitStatus()
     {
-        const QString ok = write(QStringLiteral("cli-ok"), mkddp::simpleDisc(3, 10), Style::Md5);
-        const QString flipped = write(QStringLiteral("cli-flip"), mkddp::simpleDisc(3, 10),
-                                      Style::Md5, {mkddp::Fault::ChecksumFlippedByte});
-        const QString none =
-            write(QStringLiteral("cli-none"), mkddp::simpleDisc(3, 10), Style::None);
+        const QString ok = write(QStringLiteral("cli-ok"), Style::Md5);
+        const QString flipped =
+            write(QStringLiteral("cli-flip"), Style::Md5, {mkddp::Fault::ChecksumFlippedByte});
+        const QString none = write(QStringLiteral("cli-none"), Style::None);
         mkddp::DiscSpec shortTrack = mkddp::simpleDisc(3, 10);
         shortTrack.tracks[1].frames = 200;
-        const QString bad = write(QStringLiteral("cli-short"), shortTrack, Style::None);
-        auto run = [](const QStringList& args, QByteArray* out = nullptr) {
+        const QString bad = write(QStringLiteral("cli-short"), Style::None, {}, shortTrack);
+        QByteArray text;
+        auto run = [&text](const QStringList& args) {
             QProcess process;
             process.start(tool("tools/tivora-ddp/tivora-ddp"), args);
             process.waitForFinished(60000);
-            if (out)
-                *out = process.readAllStandardOutput();
+            text = process.readAllStandardOutput();
             return process.exitCode();
         };
-        QByteArray text;
-        QCOMPARE(run({QStringLiteral("verify"), ok}, &text), 0);
+        const QString verify = QStringLiteral("verify"), json = QStringLiteral("--json");
+        QCOMPARE(run({verify, ok}), 0);
         QVERIFY(text.contains("IMAGE.DAT: OK\n"));
-        QCOMPARE(run({QStringLiteral("verify"), flipped}, &text), 1);
+        QCOMPARE(run({verify, flipped}), 1);
         QVERIFY(text.contains("IMAGE.DAT: FAILED\n"));
-        QCOMPARE(run({QStringLiteral("verify"), none}), 3);
+        QCOMPARE(run({verify, none}), 3);
         // No checksum file, but an error finding.
-        QCOMPARE(run({QStringLiteral("verify"), bad}, &text), 1);
+        QCOMPARE(run({verify, bad}), 1);
         QVERIFY(text.contains("error track-too-short (track 2)"));
-        QCOMPARE(run({QStringLiteral("verify"), m_dir.filePath(QStringLiteral("absent"))}), 1);
+        QCOMPARE(run({verify, m_dir.filePath(QStringLiteral("absent"))}), 1);
 
-        QCOMPARE(run({QStringLiteral("verify"), QStringLiteral("--json"), flipped}, &text), 1);
-        const QJsonObject json = QJsonDocument::fromJson(text).object();
-        QCOMPARE(json.value(QStringLiteral("checksums"))
-                     .toObject()
-                     .value(QStringLiteral("state"))
-                     .toString(),
-                 QStringLiteral("failed"));
-        QCOMPARE(run({QStringLiteral("info"), QStringLiteral("--json"), bad}, &text), 0);
-        const QJsonObject info = QJsonDocument::fromJson(text).object();
-        QCOMPARE(info.value(QStringLiteral("checksums")).toObject().value(QStringLiteral("state")),
-                 QJsonValue(QStringLiteral("none")));
-        QCOMPARE(info.value(QStringLiteral("findings"))
-                     .toArray()
-                     .first()
-                     .toObject()
-                     .value(QStringLiteral("id")),
+        auto field = [&text](const char* object, const char* key) {
+            return QJsonDocument::fromJson(text)[QLatin1String(object)][QLatin1String(key)];
+        };
+        QCOMPARE(run({verify, json, flipped}), 1);
+        QCOMPARE(field("checksums", "state"), QJsonValue(QStringLiteral("failed")));
+        QCOMPARE(run({QStringLiteral("info"), json, bad}), 0);
+        QCOMPARE(field("checksums", "state"), QJsonValue(QStringLiteral("none")));
+        QCOMPARE(QJsonDocument::fromJson(text)[QLatin1String("findings")][0][QLatin1String("id")],
                  QJsonValue(QStringLiteral("track-too-short")));
     }
 
     void theWorkerReportsTheLatestRunOnly()
     {
-        const QString folder = write(QStringLiteral("worker"), mkddp::simpleDisc(3, 10), Style::Md5,
-                                     {mkddp::Fault::ChecksumFlippedByte});
-        auto model = std::make_shared<DDPModel>();
-        DdpFileNames names;
-        QStandardItemModel table;
-        QCOMPARE(int(loadDdp(folder, &table, *model, &names).kind), int(ErrorKind::NoError));
-        auto source = std::make_shared<FolderFileSource>(folder);
-        const auto image = openDiscImage(folder, model->imageLayout());
+        const Disc disc = loadFolder(
+            write(QStringLiteral("worker"), Style::Md5, {mkddp::Fault::ChecksumFlippedByte}));
+        QCOMPARE(int(disc.result.kind), int(ErrorKind::NoError));
 
         VerificationWorker worker;
         QSignalSpy finished(&worker, &VerificationWorker::finished);
         QSignalSpy progressed(&worker, &VerificationWorker::progressed);
         // Three starts in a row: the first two are cancelled and say nothing.
         for (int i = 0; i < 3; ++i)
-            worker.start(source, model, names, image);
+            worker.start(disc.source, disc.model, disc.names, disc.image);
         QVERIFY(worker.isRunning());
         QVERIFY(finished.wait(20000));
         QTest::qWait(50);
@@ -306,7 +295,7 @@ private slots:
         QCOMPARE(worker.report().state(), VerificationReport::Failed);
 
         // Cancelled: nothing arrives.
-        worker.start(source, model, names, image);
+        worker.start(disc.source, disc.model, disc.names, disc.image);
         worker.cancel();
         QVERIFY(!finished.wait(300));
         QCOMPARE(finished.count(), 1);

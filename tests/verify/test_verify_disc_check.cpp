@@ -1,21 +1,46 @@
 // The disc check: every rule broken by a generated disc gives its finding,
 // by its exact id, and sound discs give none.
-#include "VerifyTestSupport.h"
-
+#include "ddp/DDPModel.h"
+#include "ddp/DdpFileSource.h"
+#include "ddp/DdpLoader.h"
+#include "tools/mkddp/Mkddp.h"
 #include "verify/DiscCheck.h"
 
+#include <QStandardItemModel>
 #include <QtTest>
 
-#include <functional>
-
-using verifytest::loadInMemory;
+#include <iterator>
 
 namespace {
 
+struct Checked
+{
+    LoadResult result;
+    std::vector<Finding> findings;
+};
+
+// The generator's files loaded from memory, then checked.
+Checked checked(const mkddp::DiscSpec& spec, bool withImage)
+{
+    MemoryFileSource source;
+    for (const auto& [name, bytes] : mkddp::buildFiles(spec, withImage))
+        source.setFile(name.toStdString(), bytes.toStdString());
+    DDPModel model;
+    DdpFileNames names;
+    QStandardItemModel table;
+    Checked out;
+    out.result = loadDdp(source, &table, model, &names);
+    auto file = [&source](const std::string& mapName) {
+        return source.content(mapName.substr(0, mapName.find_last_not_of(' ') + 1))
+            .value_or(std::string());
+    };
+    out.findings = checkDisc(model, file(names.cdText), file(names.pq));
+    return out;
+}
+
 std::vector<Finding> check(const mkddp::DiscSpec& spec, bool withImage = false)
 {
-    const verifytest::MemoryDisc disc = loadInMemory(spec, withImage);
-    return checkDisc(*disc.model, disc.cdTextBytes(), disc.pqBytes());
+    return checked(spec, withImage).findings;
 }
 
 const Finding* find(const std::vector<Finding>& findings, const std::string& id)
@@ -40,6 +65,66 @@ mkddp::DiscSpec base()
     spec.upcEan = "4006381333931"; // a valid EAN-13
     return spec;
 }
+
+// A rule broken on the base disc: the finding it must give, by id, with its
+// severity and track (0: the disc), and whether the image is written.
+struct BrokenRule
+{
+    const char* id;
+    Finding::Severity severity;
+    int track;
+    bool withImage;
+    void (*breakIt)(mkddp::DiscSpec&);
+};
+
+using S = mkddp::DiscSpec;
+using F = mkddp::Fault;
+constexpr Finding::Severity E = Finding::Error, W = Finding::Warning, N = Finding::Note;
+const BrokenRule kRules[] = {
+    {"track-too-short", E, 2, false, [](S& s) { s.tracks[1].frames = 4 * 75 - 1; }},
+    {"first-pause-too-short", E, 1, false, [](S& s) { s.tracks[0].pauseFrames = 2 * 75 - 1; }},
+    {"first-pause-too-short", E, 1, false, [](S& s) { s.tracks[0].pauseFrames = 0; }},
+    {"disc-too-long", E, 0, false,
+     [](S& s) { s.tracks[0].frames = (79 * 60 + 59) * 75 + 74 - 150 + 1; }},
+    {"too-many-tracks", E, 0, false,
+     [](S& s) {
+         s = mkddp::simpleDisc(100, 4);
+         s.upcEan = "4006381333931";
+     }},
+    {"track-number-sequence", E, 3, false, [](S& s) { s.faults = {F::TrackNumberGap}; }},
+    {"index-sequence", E, 2, false,
+     [](S& s) {
+         s.tracks[1].indexOffsets = {150};
+         s.faults = {F::IndexGap};
+     }},
+    {"track-without-index-01", E, 2, false,
+     [](S& s) {
+         s.tracks[1].pauseFrames = 75;
+         s.faults = {F::NoIndex01};
+     }},
+    {"time-not-rising", E, 3, false, [](S& s) { s.faults = {F::TimeNotRising}; }},
+    {"image-short", E, 0, true, [](S& s) { s.faults = {F::ImageCutShort}; }},
+    {"image-long", W, 0, true, [](S& s) { s.faults = {F::ImageTooLong}; }},
+    {"image-partial-frame", E, 0, true, [](S& s) { s.faults = {F::ImagePartialFrame}; }},
+    {"isrc-invalid", E, 1, false, [](S& s) { s.faults = {F::BadIsrc}; }},
+    {"isrc-duplicate", W, 2, false, [](S& s) { s.faults = {F::DuplicateIsrc}; }},
+    {"upc-invalid", E, 0, false, [](S& s) { s.upcEan = "4006381333932"; }},
+    {"upc-mismatch", W, 0, false, [](S& s) { s.faults = {F::UpcMismatch}; }},
+    {"cdtext-crc", E, 0, false,
+     [](S& s) {
+         s.cdText = true;
+         s.faults = {F::CdTextBadCrc};
+     }},
+    {"cdtext-too-large", E, 0, false, [](S& s) { mkddp::putLongCdText(s); }},
+    {"cdtext-extra-track", W, 4, false,
+     [](S& s) {
+         s.cdText = true;
+         s.faults = {F::CdTextExtraTrack};
+     }},
+    {"pre-emphasis", W, 1, false, [](S& s) { s.pqControl = "11"; }},
+    {"copy-permitted", N, 1, false, [](S& s) { s.pqControl = "21"; }},
+    {"four-channel", N, 1, false, [](S& s) { s.pqControl = "81"; }},
+};
 
 } // namespace
 
@@ -67,102 +152,24 @@ private slots:
     void eachRuleBrokenByAGeneratedDisc_data()
     {
         QTest::addColumn<int>("rule");
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<int>("severity");
-        QTest::addColumn<int>("track");
-        QTest::addColumn<bool>("withImage");
-        using S = mkddp::DiscSpec;
-        using F = mkddp::Fault;
-        rules = {
-            [](S& s) { s.tracks[1].frames = 4 * 75 - 1; },
-            [](S& s) { s.tracks[0].pauseFrames = 2 * 75 - 1; },
-            [](S& s) { s.tracks[0].pauseFrames = 0; },
-            [](S& s) { s.tracks[0].frames = (79 * 60 + 59) * 75 + 74 - 150 + 1; },
-            [](S& s) {
-                s = mkddp::simpleDisc(100, 4);
-                s.upcEan = "4006381333931";
-            },
-            [](S& s) { s.faults = {F::TrackNumberGap}; },
-            [](S& s) {
-                s.tracks[1].indexOffsets = {150};
-                s.faults = {F::IndexGap};
-            },
-            [](S& s) {
-                s.tracks[1].pauseFrames = 75;
-                s.faults = {F::NoIndex01};
-            },
-            [](S& s) { s.faults = {F::TimeNotRising}; },
-            [](S& s) { s.faults = {F::ImageCutShort}; },
-            [](S& s) { s.faults = {F::ImageTooLong}; },
-            [](S& s) { s.faults = {F::ImagePartialFrame}; },
-            [](S& s) { s.faults = {F::BadIsrc}; },
-            [](S& s) { s.faults = {F::DuplicateIsrc}; },
-            [](S& s) { s.upcEan = "4006381333932"; },
-            [](S& s) { s.faults = {F::UpcMismatch}; },
-            [](S& s) {
-                s.cdText = true;
-                s.faults = {F::CdTextBadCrc};
-            },
-            [](S& s) { mkddp::putLongCdText(s); },
-            [](S& s) {
-                s.cdText = true;
-                s.faults = {F::CdTextExtraTrack};
-            },
-            [](S& s) { s.pqControl = "11"; },
-            [](S& s) { s.pqControl = "21"; },
-            [](S& s) { s.pqControl = "81"; },
-        };
-        const int E = Finding::Error, W = Finding::Warning, N = Finding::Note;
-        int r = 0;
-        auto row = [&](const char* id, int severity, int track, bool withImage = false) {
-            QTest::addRow("%d %s", r, id)
-                << r << QString::fromLatin1(id) << severity << track << withImage;
-            ++r;
-        };
-        row("track-too-short", E, 2);
-        row("first-pause-too-short", E, 1);
-        row("first-pause-too-short", E, 1);
-        row("disc-too-long", E, 0);
-        row("too-many-tracks", E, 0);
-        row("track-number-sequence", E, 3);
-        row("index-sequence", E, 2);
-        row("track-without-index-01", E, 2);
-        row("time-not-rising", E, 3);
-        row("image-short", E, 0, true);
-        row("image-long", W, 0, true);
-        row("image-partial-frame", E, 0, true);
-        row("isrc-invalid", E, 1);
-        row("isrc-duplicate", W, 2);
-        row("upc-invalid", E, 0);
-        row("upc-mismatch", W, 0);
-        row("cdtext-crc", E, 0);
-        row("cdtext-too-large", E, 0);
-        row("cdtext-extra-track", W, 4);
-        row("pre-emphasis", W, 1);
-        row("copy-permitted", N, 1);
-        row("four-channel", N, 1);
-        QCOMPARE(r, int(rules.size()));
+        for (int r = 0; r < int(std::size(kRules)); ++r)
+            QTest::addRow("%d %s", r, kRules[r].id) << r;
     }
 
     void eachRuleBrokenByAGeneratedDisc()
     {
         QFETCH(int, rule);
-        QFETCH(QString, id);
-        QFETCH(int, severity);
-        QFETCH(int, track);
-        QFETCH(bool, withImage);
+        const BrokenRule& broken = kRules[rule];
         mkddp::DiscSpec spec = base();
-        rules.at(std::size_t(rule))(spec);
-        const verifytest::MemoryDisc disc = loadInMemory(spec, withImage);
+        broken.breakIt(spec);
+        const auto [result, findings] = checked(spec, broken.withImage);
         // Without the image the disc loads all the same, behind its error.
-        QCOMPARE(int(disc.result.kind),
-                 int(withImage ? ErrorKind::NoError : ErrorKind::ImageMissing));
-        const std::vector<Finding> findings =
-            checkDisc(*disc.model, disc.cdTextBytes(), disc.pqBytes());
-        const Finding* finding = find(findings, id.toStdString());
+        QCOMPARE(int(result.kind),
+                 int(broken.withImage ? ErrorKind::NoError : ErrorKind::ImageMissing));
+        const Finding* finding = find(findings, broken.id);
         QVERIFY2(finding, qPrintable(ids(findings)));
-        QCOMPARE(int(finding->severity), severity);
-        QCOMPARE(finding->track, track);
+        QCOMPARE(finding->severity, broken.severity);
+        QCOMPARE(finding->track, broken.track);
         QVERIFY(!finding->text.isEmpty());
     }
 
@@ -188,9 +195,6 @@ private slots:
         findings.push_back({"d", Finding::Error, 0, {}});
         QCOMPARE(findingsSummary(findings), QStringLiteral("1 error, 2 warnings"));
     }
-
-private:
-    std::vector<std::function<void(mkddp::DiscSpec&)>> rules;
 };
 
 QTEST_GUILESS_MAIN(TestVerifyDiscCheck)

@@ -40,9 +40,8 @@ class TestVerifyWindowLine : public QObject
     };
 
     Disc make(const QString& name, mkddp::ChecksumStyle style, QVector<mkddp::Fault> faults = {},
-              QByteArray control = "0100")
+              QByteArray control = "0100", mkddp::DiscSpec spec = mkddp::realisticDisc())
     {
-        mkddp::DiscSpec spec = mkddp::realisticDisc();
         spec.checksums = style;
         spec.faults = faults;
         spec.pqControl = control;
@@ -69,6 +68,7 @@ class TestVerifyWindowLine : public QObject
             layout->addWidget(info);
             frame.setAutoFillBackground(true);
             frame.setFixedWidth(466);
+            frame.show();
         }
     };
 
@@ -98,7 +98,6 @@ private slots:
     void soundMasterReadsGreen()
     {
         Box box;
-        box.frame.show();
         QVERIFY(!box.info->verificationLine()->isVisibleTo(&box.frame));
         const Disc disc = make(QStringLiteral("ok"), mkddp::ChecksumStyle::Md5);
         verify(box, disc);
@@ -122,7 +121,6 @@ private slots:
     void damagedMasterReadsRedAndNamesTheFile()
     {
         Box box;
-        box.frame.show();
         const Disc disc = make(QStringLiteral("bad"), mkddp::ChecksumStyle::CrcIni,
                                {mkddp::Fault::ChecksumFlippedByte,
                                 mkddp::Fault::ChecksumUnlistedFile, mkddp::Fault::BadIsrc},
@@ -160,7 +158,6 @@ private slots:
     void withoutChecksumFileReadsGrey()
     {
         Box box;
-        box.frame.show();
         verify(box, make(QStringLiteral("none"), mkddp::ChecksumStyle::None));
         box.frame.adjustSize();
         VerificationLine* line = box.info->verificationLine();
@@ -175,15 +172,9 @@ private slots:
         // while the verdict shows, they fold into one line.
         mkddp::DiscSpec spec = mkddp::simpleDisc(3, 10);
         spec.dataStream = true;
-        spec.faults = {mkddp::Fault::ImageCutShort};
-        Disc disc;
-        disc.folder = m_dir.filePath(QStringLiteral("notes"));
-        QVERIFY(mkddp::writeDisc(spec, disc.folder));
-        QStandardItemModel table;
-        loadDdp(disc.folder, &table, *disc.model);
-        disc.image = openDiscImage(disc.folder, disc.model->imageLayout());
+        const Disc disc = make(QStringLiteral("notes"), mkddp::ChecksumStyle::None,
+                               {mkddp::Fault::ImageCutShort}, "0100", spec);
         Box box;
-        box.frame.show();
         box.info->setModel(*disc.model);
         QLabel* notes = box.info->statusLabel();
         const int line = notes->fontMetrics().lineSpacing();
