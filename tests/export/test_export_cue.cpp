@@ -175,11 +175,8 @@ private slots:
             const int number = k + 1;
             QStringList expected;
             const QByteArray isrc = spec.tracks[k].isrc;
-            expected << QStringLiteral("ISRC %1 %2 %3 %4")
-                            .arg(QString::fromLatin1(isrc.mid(0, 2)),
-                                 QString::fromLatin1(isrc.mid(2, 3)),
-                                 QString::fromLatin1(isrc.mid(5, 2)),
-                                 QString::fromLatin1(isrc.mid(7, 5)))
+            expected << QString::fromLatin1("ISRC " + isrc.left(2) + ' ' + isrc.mid(2, 3) + ' ' +
+                                            isrc.mid(5, 2) + ' ' + isrc.mid(7, 5))
                      << QStringLiteral("COPY PERMITTED") << QStringLiteral("PRE-EMPHASIS")
                      << QStringLiteral("FOUR CHANNEL AUDIO");
             if (spec.tracks[k].pauseFrames > 0)
