@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <random>
 
@@ -227,42 +228,26 @@ private slots:
             std::mt19937 random(20261122);
             std::uniform_int_distribution<int> pick(0, 9);
             std::uniform_real_distribution<double> fraction(-0.2, 1.2);
-            for (int i = 0; i < 5000; ++i) {
-                switch (pick(random)) {
-                case 0:
-                    player.play();
-                    break;
-                case 1:
-                    player.pause();
-                    break;
-                case 2:
-                    player.stop();
-                    break;
-                case 3:
-                case 4:
-                    player.selectNextTrack();
-                    break;
-                case 5:
-                    player.selectPreviousTrack();
-                    break;
-                case 6:
-                    player.selectTrack(static_cast<int>(random() % 6));
-                    break;
-                case 7:
-                    player.seek(fraction(random));
-                    break;
-                case 8:
-                    player.setVolume(fraction(random));
-                    break;
-                default:
+            const std::function<void()> operations[] = {
+                [&] { player.play(); },
+                [&] { player.pause(); },
+                [&] { player.stop(); },
+                [&] { player.selectNextTrack(); },
+                [&] { player.selectNextTrack(); },
+                [&] { player.selectPreviousTrack(); },
+                [&] { player.selectTrack(static_cast<int>(random() % 6)); },
+                [&] { player.seek(fraction(random)); },
+                [&] { player.setVolume(fraction(random)); },
+                [&] {
                     // The display tick: at a track's end playback runs on.
                     if (player.position() >= float(player.currentTrackLength()))
                         player.onTrackEnded();
                     else
                         std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
-                    break;
-                }
-            }
+                },
+            };
+            for (int i = 0; i < 5000; ++i)
+                operations[pick(random)]();
             QVERIFY(device.callbacks() > 100);
         }
 

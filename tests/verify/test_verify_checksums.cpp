@@ -83,12 +83,6 @@ void onlyTheImageFails(const VerificationReport& report)
                  int(name == "IMAGE.DAT" ? ChecksumVerdict::Mismatch : ChecksumVerdict::Match));
 }
 
-QString tool(const char* relative)
-{
-    return qEnvironmentVariable("TIVORA_BINARY_DIR") + QLatin1Char('/') +
-           QString::fromLatin1(relative);
-}
-
 } // namespace
 
 class TestVerifyChecksums : public QObject
@@ -247,7 +241,9 @@ private slots:
         QByteArray text;
         auto run = [&text](const QStringList& args) {
             QProcess process;
-            process.start(tool("tools/tivora-ddp/tivora-ddp"), args);
+            process.start(qEnvironmentVariable("TIVORA_BINARY_DIR") +
+                              QStringLiteral("/tools/tivora-ddp/tivora-ddp"),
+                          args);
             process.waitForFinished(60000);
             text = process.readAllStandardOutput();
             return process.exitCode();
