@@ -27,7 +27,7 @@ QString writeImage(const QString& folder, std::uint32_t frames);
 std::vector<float> drive(Audio::DiskStreaming& streaming, unsigned perCall, unsigned totalFrames);
 
 // The last `count` frames of `out` must be the image's samples ending at
-// the frame last played (currentSampleInFile + position), at `gain`.
+// the frame last played (currentSampleInFile + position), at `volume`.
 // Returns an empty string on success, else the first difference.
 QString checkTail(const std::vector<float>& out, const Audio::DiskStreaming& streaming,
                   unsigned count, float volume = 1.0f);
