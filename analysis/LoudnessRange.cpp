@@ -1,19 +1,11 @@
 #include "analysis/LoudnessRange.h"
 
+#include "analysis/LoudnessUnits.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-double lufsOf(double energy)
-{
-    return 10.0 * std::log10(energy) - 0.691;
-}
-
-double energyOf(double lufs)
-{
-    return std::pow(10.0, (lufs + 0.691) / 10.0);
-}
 
 // The value at the rounded rank, as Tech 3342 reads its percentiles.
 double percentile(const std::vector<double>& sorted, double p)

@@ -15,10 +15,10 @@ class DiscImage;
 struct Ebur128State;
 
 // The measurement of one range of the disc (a track, or a pause between two)
-// with one libebur128 state: integrated loudness, sample and true peak from
-// the library; momentary and short-term loudness every 100 ms from the
-// library's 100 ms windows of the K-weighted signal, and from these the
-// maxima and the loudness range; clipped runs counted alongside.
+// with one libebur128 state: sample and true peak from the library; from the
+// library's 100 ms windows of the K-weighted signal, the gating blocks and
+// the integrated loudness, momentary and short-term loudness every 100 ms,
+// their maxima and the loudness range; clipped runs counted alongside.
 //
 // The library forms its own loudness range from short-term blocks one
 // second apart. That is allowed, but on a track of twenty seconds its 10th
@@ -26,9 +26,9 @@ struct Ebur128State;
 // from meters that take a block every 100 ms, as most do; so the range is
 // formed here from the 100 ms blocks.
 //
-// The state and the short-term list are kept after the range is measured,
-// so that the disc's integrated loudness and loudness range come from all
-// ranges' blocks combined, without a second pass over the audio.
+// The gating blocks and short-term windows are kept after the range is
+// measured, so that the disc's integrated loudness and loudness range come
+// from all ranges' blocks combined, without a second pass over the audio.
 //
 // Without its own true peak, the meter leaves that to TruePeakMeters over
 // stretches of the range (three quarters of the library's work is the true
@@ -80,7 +80,9 @@ private:
     // The energy of the last 30 complete 100 ms steps, for the windows.
     std::array<double, 30> m_stepEnergy{};
     std::size_t m_steps = 0;
-    // Every complete short-term window, for the loudness range.
+    // Every gating block (400 ms), for the integrated loudness, and every
+    // short-term window (3 s), for the loudness range.
+    std::vector<double> m_blocks;
     std::vector<double> m_shortTerm;
     std::size_t m_framesInStep = 0; // of the step being filled
     double m_maxMomentary = 0.0;    // energies; loudness when read out

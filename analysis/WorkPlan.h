@@ -11,7 +11,7 @@
 // long one, those parts are split: their loudness in one pass (the gating
 // blocks and the filters' state run on through the whole part), their true
 // peak, three quarters of the work, in short stretches that any core takes.
-// Splitting costs about a fifth more work for that part, so it is done only
+// Splitting costs a few percent more work for that part, so it is done only
 // where the estimate says the whole run ends sooner.
 struct WorkItem
 {

@@ -1,10 +1,14 @@
 // Loudness, loudness range, peaks and clipped runs of known signals, the
 // disc's figures from its parts, and cancelling.
 #include "analysis/ClippedRuns.h"
+#include "analysis/Ebur128State.h"
+#include "analysis/IntegratedLoudness.h"
 #include "analysis/LoudnessAnalysis.h"
 #include "analysis/LoudnessAnalyzer.h"
 #include "analysis/LoudnessRange.h"
 #include "analysis/LoudnessText.h"
+#include "analysis/LoudnessUnits.h"
+#include "analysis/RangeBlocks.h"
 #include "analysis/RangeMeter.h"
 #include "analysis/TruePeakMeter.h"
 #include "analysis/WorkPlan.h"
@@ -169,6 +173,45 @@ private slots:
         QCOMPARE(result.disc.clippedRuns, qint64(mkddp::KnownSignals::kClippedRuns));
         // Not a mean of the tracks' figures: the loud track dominates.
         QVERIFY(result.disc.integrated > -1.0);
+    }
+
+    // The gating blocks formed from the library's 100 ms windows gate as the
+    // library's own do, per track and for the disc, where the loud clipped
+    // track puts the quiet ones under the relative gate.
+    void integratedAsTheLibraryGates()
+    {
+        const std::atomic<bool> never{false};
+        const std::vector<AnalysisPart> parts = partsOf(m_spec);
+        const DiscLoudness result = analyzeLoudness(*m_image, parts, never);
+        std::vector<std::unique_ptr<Ebur128State>> states;
+        std::vector<ebur128_state*> all;
+        auto agree = [](double actual, double expected) {
+            return std::isinf(expected) ? actual == expected : std::abs(actual - expected) < 1e-9;
+        };
+        std::size_t track = 0;
+        for (const AnalysisPart& part : parts) {
+            states.push_back(std::make_unique<Ebur128State>(EBUR128_MODE_I));
+            ebur128_state* st = states.back()->st;
+            all.push_back(st);
+            QCOMPARE(RangeBlocks::read(*m_image, part.start, part.end, 4410, never, nullptr,
+                                       [st](const qint16* audio, std::size_t frames) {
+                                           ebur128_add_frames_short(st, audio, frames);
+                                       }),
+                     RangeBlocks::End::Complete);
+            if (!part.isTrack)
+                continue;
+            double expected = 0.0;
+            ebur128_loudness_global(st, &expected);
+            const double actual = result.tracks.at(track++).integrated;
+            QVERIFY2(agree(actual, expected),
+                     qPrintable(QStringLiteral("%1 against %2").arg(actual).arg(expected)));
+        }
+        double disc = 0.0;
+        ebur128_loudness_global_multiple(all.data(), all.size(), &disc);
+        QVERIFY2(agree(result.disc.integrated, disc),
+                 qPrintable(QStringLiteral("%1 against %2").arg(result.disc.integrated).arg(disc)));
+        QVERIFY(std::isinf(integratedLoudness({})));
+        QVERIFY(std::isinf(integratedLoudness({0.0, energyOf(-75.0)})));
     }
 
     // The programme runs to the lead-out however the descriptor closes: the
@@ -337,7 +380,7 @@ private slots:
 
     void loudnessRangeGates()
     {
-        auto energy = [](double lufs) { return std::pow(10.0, (lufs + 0.691) / 10.0); };
+        auto energy = energyOf;
         std::vector<double> blocks;
         for (int i = 0; i < 50; ++i)
             blocks.push_back(energy(-20.0));
