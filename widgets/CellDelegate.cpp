@@ -72,8 +72,9 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
         inList = row >= 0 && std::size_t(row) < kinds.size();
         if (inList)
             kind = int(kinds[std::size_t(row)]);
-        // A first pause that holds audio is drawn as the track it is.
-        if (inList && kind == 0 &&
+        // A first pause that holds audio is drawn as the track it is; only
+        // the first row can be one.
+        if (row == 0 && inList && kind == 0 &&
             index.sibling(row, TrackTableRows::Index).data().toString() == hiddenTrackIndexText())
             kind = 1;
         current = row == m_model->currentRow();
