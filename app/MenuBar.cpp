@@ -141,9 +141,9 @@ void MenuBar::addExportAction()
     m_cueSheetAction = m_programMenu->addAction(QIcon(QStringLiteral(":save_icon")),
                                                 tr("Export Cue Sheet for a Reference CD…"));
     m_cueSheetAction->setObjectName(QStringLiteral("actionExportCueSheet"));
-    m_cueSheetAction->setToolTip(
-        tr("<font>A cue sheet and the disc's image as a BIN file beside it: burning them gives "
-           "the disc's tracks, indexes, ISRCs, flags and CD-Text.</font>"));
+    m_cueSheetAction->setToolTip(tr(
+        "<font>A cue sheet and the disc's image as a BIN or WAV file beside it: burning them gives "
+        "the disc's tracks, indexes, ISRCs, flags and CD-Text.</font>"));
     m_cueSheetAction->setEnabled(false);
     connect(m_cueSheetAction, &QAction::triggered, this, &MenuBar::cueSheetExportTriggered);
 

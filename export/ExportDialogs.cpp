@@ -8,8 +8,8 @@ ExportDialogs defaultExportDialogs()
 {
     ExportDialogs dialogs;
     dialogs.saveFileName = [](QWidget* parent, const QString& caption, const QString& proposedPath,
-                              const QString& filter) {
-        return QFileDialog::getSaveFileName(parent, caption, proposedPath, filter);
+                              const QString& filter, QString* selectedFilter) {
+        return QFileDialog::getSaveFileName(parent, caption, proposedPath, filter, selectedFilter);
     };
     dialogs.existingDirectory = [](QWidget* parent, const QString& caption,
                                    const QString& startFolder) {

@@ -11,9 +11,11 @@ class QWidget;
 // show the toolkit's dialogs.
 struct ExportDialogs
 {
-    // QFileDialog::getSaveFileName; an empty answer cancels.
+    // QFileDialog::getSaveFileName; an empty answer cancels. `selectedFilter`
+    // (may be null) holds the filter to offer first, and on return the one
+    // the user chose.
     std::function<QString(QWidget* parent, const QString& caption, const QString& proposedPath,
-                          const QString& filter)>
+                          const QString& filter, QString* selectedFilter)>
         saveFileName;
     // QFileDialog::getExistingDirectory with ShowDirsOnly; empty cancels.
     std::function<QString(QWidget* parent, const QString& caption, const QString& startFolder)>

@@ -80,7 +80,7 @@ void WavExport::exportTrack(int row, const QString& ddpFolder)
         QDir(readSetting(kDefaultExportDirKey).toString()).absoluteFilePath(name);
     const QString chosen =
         m_dialogs.saveFileName(m_parentWidget, tr("Save Track"), proposed,
-                               tr("WAV (*.wav);;FLAC (*.flac);;MP3, 320 kb/s (*.mp3)"));
+                               tr("WAV (*.wav);;FLAC (*.flac);;MP3, 320 kb/s (*.mp3)"), nullptr);
     if (chosen.isEmpty())
         return;
     rememberParentDirectory(chosen, kDefaultExportDirKey);
@@ -148,18 +148,23 @@ void WavExport::exportCueSheet(const QString& ddpFolder)
         safeFileName(album.isEmpty() ? tr("Reference CD") : album) + QStringLiteral(".cue");
     const QString proposed =
         QDir(readSetting(kDefaultExportDirKey).toString()).absoluteFilePath(name);
+    // Burning programs take either; the BIN is the image's bytes as they are.
+    const QString binary = tr("Cue sheet, with the image beside it as BIN (*.cue)");
+    const QString wave = tr("Cue sheet, with the image beside it as WAV (*.cue)");
+    QString selected = binary;
     QString chosen =
         m_dialogs.saveFileName(m_parentWidget, tr("Save Cue Sheet for a Reference CD"), proposed,
-                               tr("Cue sheet, with the image beside it as BIN (*.cue)"));
+                               binary + QStringLiteral(";;") + wave, &selected);
     if (chosen.isEmpty())
         return;
+    const CueAudioFile kind = selected == wave ? CueAudioFile::Wave : CueAudioFile::Binary;
     if (!chosen.endsWith(QLatin1String(".cue"), Qt::CaseInsensitive))
         chosen += QStringLiteral(".cue");
     rememberParentDirectory(chosen, kDefaultExportDirKey);
     const std::shared_ptr<const DiscImage> image = imageOrReport(ddpFolder);
     if (!image)
         return;
-    auto* worker = new CueWriter(chosen, CueAudioFile::Binary, imageName(), model);
+    auto* worker = new CueWriter(chosen, kind, imageName(), model);
     worker->setImage(image);
     startWorker(worker, true);
 }

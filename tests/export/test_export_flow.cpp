@@ -24,6 +24,7 @@ constexpr qint64 kFiveMinutes = 52920000;
 struct Answers
 {
     QString savePath;
+    QString filter; // the one chosen in the save dialog, when set
     QString folder;
     QStringList asked; // caption, then the proposed path or start folder, then the filter
     QStringList errors;
@@ -32,8 +33,10 @@ struct Answers
     {
         ExportDialogs d;
         d.saveFileName = [this](QWidget*, const QString& caption, const QString& proposed,
-                                const QString& filter) {
-            asked << caption << proposed << filter;
+                                const QString& filters, QString* selected) {
+            asked << caption << proposed << filters;
+            if (selected && !filter.isEmpty())
+                *selected = filter;
             return savePath;
         };
         d.existingDirectory = [this](QWidget*, const QString& caption, const QString& start) {
@@ -119,6 +122,18 @@ private slots:
         QVERIFY(QFileInfo(answers.savePath + QStringLiteral(".cue")).isFile());
         QCOMPARE(fileBytes(answers.savePath + QStringLiteral(".bin")),
                  patternBytes(0, at(0, 17, 0)));
+        // The dialog's second filter writes the image as WAV instead.
+        answers.savePath = path(QStringLiteral("formats/wave"));
+        answers.filter = answers.asked.last().section(QStringLiteral(";;"), 1);
+        QVERIFY(answers.filter.contains(QLatin1String("WAV")));
+        exporter.exportCueSheet(m_ddp);
+        QVERIFY(finished.wait(30000));
+        const QByteArray wav = fileBytes(answers.savePath + QStringLiteral(".wav"));
+        QCOMPARE(wav.left(4), QByteArray("RIFF"));
+        QCOMPARE(wav.mid(44), patternBytes(0, at(0, 17, 0)));
+        QVERIFY(fileBytes(answers.savePath + QStringLiteral(".cue"))
+                    .contains("FILE \"wave.wav\" WAVE"));
+        QVERIFY(!QFileInfo::exists(answers.savePath + QStringLiteral(".bin")));
         QVERIFY(answers.errors.isEmpty());
     }
 
