@@ -2,7 +2,6 @@
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileSource.h"
-#include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "verify/Verification.h"
 
@@ -27,7 +26,6 @@ QString knownMd5(const VerificationReport* verification, const std::string& name
 } // namespace
 
 std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPModel& model,
-                                        const DdpFileNames& names,
                                         const std::shared_ptr<const DiscImage>& image,
                                         const VerificationReport* verification,
                                         const std::atomic<bool>* cancel,
@@ -61,8 +59,8 @@ std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPM
     };
     addFile("DDPID");
     addFile("DDPMS");
-    addFile(names.pq);
-    addFile(names.cdText);
+    addFile(model.fileNames().pq);
+    addFile(model.fileNames().cdText);
     for (const ImageStream& stream : model.imageLayout().streams) {
         if (image && stream.discOffset + stream.length <= image->length())
             add(stream.name, image, stream.discOffset, stream.length);

@@ -10,7 +10,6 @@
 class DDPModel;
 class DiscImage;
 class IDdpFileSource;
-struct DdpFileNames;
 struct VerificationReport;
 
 // The files of the DDP with their sizes and MD5s, for the PQ sheet: DDPID,
@@ -20,7 +19,6 @@ struct VerificationReport;
 // taken from it rather than read again. A file that cannot be read has no
 // MD5; a cancelled run returns what it has.
 std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPModel& model,
-                                        const DdpFileNames& names,
                                         const std::shared_ptr<const DiscImage>& image,
                                         const VerificationReport* verification = nullptr,
                                         const std::atomic<bool>* cancel = nullptr,

@@ -3,8 +3,6 @@
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFileSource.h"
-#include "ddp/DdpImageReader.h"
-#include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "ddp/ReadLimits.h"
 
@@ -36,9 +34,9 @@ bool containsIgnoringCase(const std::vector<std::string>& names, const std::stri
 }
 
 // The DDP's own files: the identifier, the map and every file the map names.
-std::vector<std::string> ddpFiles(const IDdpFileSource& source, const DDPModel& model,
-                                  const DdpFileNames& names)
+std::vector<std::string> ddpFiles(const IDdpFileSource& source, const DDPModel& model)
 {
+    const DdpFileNames& names = model.fileNames();
     std::vector<std::string> files{"DDPID", "DDPMS"};
     auto add = [&](const std::string& mapName) {
         const std::string name = diskName(mapName);
@@ -115,27 +113,20 @@ std::vector<std::string> VerificationReport::unrecognisedFileNames() const
 }
 
 VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& model,
-                                  const DdpFileNames& names,
                                   const std::shared_ptr<const DiscImage>& image)
 {
     VerificationPlan plan;
     VerificationReport& report = plan.report;
 
     std::string cdTextBytes;
-    if (!names.cdText.empty()) {
-        FileContent content = source.readFile(diskName(names.cdText), kMaxCdTextBytes);
+    if (const std::string& cdText = model.fileNames().cdText; !cdText.empty()) {
+        FileContent content = source.readFile(diskName(cdText), kMaxCdTextBytes);
         if (content.status == FileContent::Read)
             cdTextBytes = std::move(content.bytes);
     }
-    std::string pqBytes;
-    if (!names.pq.empty()) {
-        FileContent content = source.readFile(diskName(names.pq), kMaxPqDescriptorBytes);
-        if (content.status == FileContent::Read)
-            pqBytes = std::move(content.bytes);
-    }
-    report.findings = checkDisc(model, cdTextBytes, pqBytes);
+    report.findings = checkDisc(model, cdTextBytes);
 
-    const std::vector<std::string> ddp = ddpFiles(source, model, names);
+    const std::vector<std::string> ddp = ddpFiles(source, model);
     for (const std::string& name : source.fileNames()) {
         if (containsIgnoringCase(ddp, name))
             continue;
@@ -243,17 +234,9 @@ void runVerification(VerificationPlan& plan, const std::atomic<bool>* cancel,
 }
 
 VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& model,
-                              const DdpFileNames& names,
                               const std::shared_ptr<const DiscImage>& image)
 {
-    VerificationPlan plan = planVerification(source, model, names, image);
+    VerificationPlan plan = planVerification(source, model, image);
     runVerification(plan);
     return std::move(plan.report);
-}
-
-DdpFileNames readDdpFileNames(const IDdpFileSource& source)
-{
-    DdpImageReader reader;
-    reader.read(source);
-    return {reader.imageFileName(), reader.pqFileName(), reader.cdTextFileName()};
 }
