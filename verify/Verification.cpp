@@ -165,15 +165,9 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
                     }
                 }
                 if (!job.image) {
+                    // No second try through readFile: what it would read opens
+                    // whole (IDdpFileSource::openWholeFile).
                     job.image = source.openWholeFile(entry.name);
-                    if (!job.image) {
-                        // Sources that cannot stream a file still read small ones.
-                        FileContent content =
-                            source.readFile(entry.name, kMaxChecksumFileBytes * 64);
-                        if (content.status == FileContent::Read)
-                            job.image = openBytesAsImage(std::move(content.bytes),
-                                                         QFile::decodeName(entry.name.c_str()));
-                    }
                     if (job.image)
                         job.length = job.image->length();
                 }
