@@ -1,10 +1,10 @@
 #include "verify/Verification.h"
 
 #include "ddp/DDPModel.h"
-#include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFileSource.h"
 #include "ddp/DiscImage.h"
 #include "ddp/ReadLimits.h"
+#include "verify/DdpFiles.h"
 
 #include <QFile>
 #include <QStringList>
@@ -14,12 +14,6 @@
 
 namespace {
 
-// A name from the map as the file system has it.
-std::string diskName(const std::string& mapName)
-{
-    return QFile::encodeName(ddpFileNameFromBytes(mapName)).toStdString();
-}
-
 std::string lowered(std::string name)
 {
     for (char& c : name)
@@ -27,35 +21,10 @@ std::string lowered(std::string name)
     return name;
 }
 
-bool containsIgnoringCase(const std::vector<std::string>& names, const std::string& name)
+bool isDdpFile(const std::vector<DdpFile>& files, const std::string& name)
 {
-    return std::any_of(names.begin(), names.end(),
-                       [&name](const std::string& n) { return sameNameIgnoringCase(n, name); });
-}
-
-// The DDP's own files: the identifier, the map and every file the map names.
-std::vector<std::string> ddpFiles(const IDdpFileSource& source, const DDPModel& model)
-{
-    const DdpFileNames& names = model.fileNames();
-    std::vector<std::string> files{"DDPID", "DDPMS"};
-    auto add = [&](const std::string& mapName) {
-        const std::string name = diskName(mapName);
-        if (!name.empty() && !containsIgnoringCase(files, name) && source.exists(name))
-            files.push_back(name);
-    };
-    add(names.pq);
-    add(names.cdText);
-    for (const ImageStream& stream : model.imageLayout().streams)
-        add(stream.name);
-    for (const SkippedStream& stream : model.imageLayout().skipped)
-        add(stream.name);
-    // The identifier and the map are found ignoring case too: name them as
-    // the DDP does.
-    for (const std::string& listed : source.fileNames())
-        for (std::string& file : files)
-            if (sameNameIgnoringCase(file, listed))
-                file = listed;
-    return files;
+    return std::any_of(files.begin(), files.end(),
+                       [&name](const DdpFile& f) { return sameNameIgnoringCase(f.name, name); });
 }
 
 } // namespace
@@ -120,15 +89,15 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
 
     std::string cdTextBytes;
     if (const std::string& cdText = model.fileNames().cdText; !cdText.empty()) {
-        FileContent content = source.readFile(diskName(cdText), kMaxCdTextBytes);
+        FileContent content = source.readFile(ddpDiskName(cdText), kMaxCdTextBytes);
         if (content.status == FileContent::Read)
             cdTextBytes = std::move(content.bytes);
     }
     report.findings = checkDisc(model, cdTextBytes);
 
-    const std::vector<std::string> ddp = ddpFiles(source, model);
+    const std::vector<DdpFile> ddp = ddpFiles(source, model);
     for (const std::string& name : source.fileNames()) {
-        if (containsIgnoringCase(ddp, name))
+        if (isDdpFile(ddp, name))
             continue;
         const FileContent content = source.readFile(name, kMaxChecksumFileBytes);
         if (content.status == FileContent::TooLarge && looksLikeChecksumFileName(name))
@@ -158,7 +127,7 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
                 // The audio streams are read as playback reads them.
                 for (const ImageStream& stream : model.imageLayout().streams) {
                     if (image && stream.discOffset <= image->length() &&
-                        sameNameIgnoringCase(diskName(stream.name), entry.name)) {
+                        sameNameIgnoringCase(ddpDiskName(stream.name), entry.name)) {
                         job.image = image;
                         job.offset = stream.discOffset;
                         job.length = std::min(stream.length, image->length() - stream.discOffset);
@@ -188,12 +157,13 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
     }
 
     if (!report.verdicts.empty()) {
-        for (const std::string& file : ddp) {
+        for (const DdpFile& file : ddp) {
             const bool listed =
-                std::any_of(report.verdicts.begin(), report.verdicts.end(),
-                            [&file](const auto& v) { return sameNameIgnoringCase(v.name, file); });
-            if (!listed && source.exists(file))
-                report.unlisted.push_back(file);
+                std::any_of(report.verdicts.begin(), report.verdicts.end(), [&file](const auto& v) {
+                    return sameNameIgnoringCase(v.name, file.name);
+                });
+            if (!listed && source.exists(file.name))
+                report.unlisted.push_back(file.name);
         }
     }
     return plan;
