@@ -13,6 +13,16 @@
 #include <string>
 #include <vector>
 
+// The files the map names, as it writes them: the first "D0" packet's and
+// the "PQ DESCR" packet's identifiers without trailing white space, the
+// "CDTEXT  " packet's without any blank. Empty where the map names none.
+struct DdpFileNames
+{
+    std::string image;
+    std::string pq;
+    std::string cdText;
+};
+
 // One loaded disc. A fresh model is made for every load and shared by
 // std::shared_ptr (made with std::make_shared): the window, the table
 // delegate, the player and the export each hold a reference, so an old model
@@ -43,6 +53,11 @@ public:
 
     // IMetaDataProvider
     const CdTextRecord& cdText() const override { return m_cdText; }
+
+    // Set by the loader as soon as the map is read, even when the load then
+    // fails: a report can still name the files of a disc it cannot show.
+    void setFileNames(DdpFileNames names) { m_fileNames = std::move(names); }
+    const DdpFileNames& fileNames() const { return m_fileNames; }
 
     // Filled by the loader, in this order.
     void setCdText(const CdTextRecord& record);
@@ -106,4 +121,5 @@ private:
     std::uint64_t m_imageSize = 0;
     std::uint64_t m_imageNeeded = 0;
     ImageLayout m_imageLayout;
+    DdpFileNames m_fileNames;
 };

@@ -38,12 +38,8 @@ public:
     virtual std::vector<std::string> fileNames() const { return {}; }
     // One whole file as a DiscImage of its own, so that a reader can take it
     // in blocks (checksums of files of any size); nothing when it cannot be
-    // opened.
-    virtual std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const
-    {
-        (void)name;
-        return nullptr;
-    }
+    // opened. Whatever readFile reads up to 64 MB opens here too.
+    virtual std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const = 0;
 };
 
 // The files of a DDP folder on disk. Names are the map's byte strings, cut at

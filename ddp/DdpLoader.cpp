@@ -65,15 +65,11 @@ struct LoadedDisc
     bool imageMissing = false;
 };
 
-LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames* names)
+LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DDPModel& model)
 {
     DdpImageReader reader;
     const ReadResult read = reader.read(source);
-    if (names) {
-        names->image = reader.imageFileName();
-        names->pq = reader.pqFileName();
-        names->cdText = reader.cdTextFileName();
-    }
+    model.setFileNames({reader.imageFileName(), reader.pqFileName(), reader.cdTextFileName()});
     if (read != ReadResult::Success)
         return loadResult(errorKindForReadResult(read), reader.failureDetail());
 
@@ -107,8 +103,7 @@ LoadResult loadDisc(const IDdpFileSource& source, LoadedDisc& disc, DdpFileNames
 
 } // namespace
 
-LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPModel& model,
-                   DdpFileNames* names)
+LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPModel& model)
 {
     if (!table)
         return loadResult(ErrorKind::UnknownError);
@@ -117,7 +112,7 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
     LoadedDisc disc;
     LoadResult result;
     try {
-        result = loadDisc(source, disc, names);
+        result = loadDisc(source, disc, model);
     } catch (const std::exception& e) {
         result = loadResult(ErrorKind::UnknownError, e.what());
     } catch (...) {
@@ -149,8 +144,7 @@ LoadResult loadDdp(const IDdpFileSource& source, QStandardItemModel* table, DDPM
     return result;
 }
 
-LoadResult loadDdp(const QString& folder, QStandardItemModel* table, DDPModel& model,
-                   DdpFileNames* names)
+LoadResult loadDdp(const QString& folder, QStandardItemModel* table, DDPModel& model)
 {
-    return loadDdp(FolderFileSource(folder), table, model, names);
+    return loadDdp(FolderFileSource(folder), table, model);
 }

@@ -2,10 +2,11 @@
 
 #include "ddp/DDPModel.h"
 #include "ddp/DdpFileSource.h"
-#include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
+#include "verify/DdpFiles.h"
 #include "verify/Verification.h"
 
+#include <QFile>
 #include <QString>
 
 namespace {
@@ -27,7 +28,6 @@ QString knownMd5(const VerificationReport* verification, const std::string& name
 } // namespace
 
 std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPModel& model,
-                                        const DdpFileNames& names,
                                         const std::shared_ptr<const DiscImage>& image,
                                         const VerificationReport* verification,
                                         const std::atomic<bool>* cancel,
@@ -38,7 +38,7 @@ std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPM
     std::vector<std::size_t> fileOfJob;
     auto add = [&](const std::string& name, std::shared_ptr<const DiscImage> from,
                    std::uint64_t offset, std::uint64_t length) {
-        PqSheetFile file{QString::fromStdString(name), length, knownMd5(verification, name)};
+        PqSheetFile file{QFile::decodeName(name.c_str()), length, knownMd5(verification, name)};
         if (file.md5.isEmpty() && from) {
             DigestJob job;
             job.image = std::move(from);
@@ -50,24 +50,17 @@ std::vector<PqSheetFile> digestDdpFiles(const IDdpFileSource& source, const DDPM
         }
         files.push_back(file);
     };
-    auto addFile = [&](const std::string& name) {
-        if (name.empty())
-            return;
-        const std::optional<std::uint64_t> size = source.fileSize(name);
+    for (const DdpFile& file : ddpFiles(source, model)) {
+        const std::optional<ImageStream>& stream = file.stream;
+        if (stream && image && stream->discOffset + stream->length <= image->length()) {
+            add(file.name, image, stream->discOffset, stream->length);
+            continue;
+        }
+        const std::optional<std::uint64_t> size = source.fileSize(file.name);
         if (!size)
-            return;
-        std::shared_ptr<const DiscImage> whole = source.openWholeFile(name);
-        add(name, whole, 0, whole ? whole->length() : *size);
-    };
-    addFile("DDPID");
-    addFile("DDPMS");
-    addFile(names.pq);
-    addFile(names.cdText);
-    for (const ImageStream& stream : model.imageLayout().streams) {
-        if (image && stream.discOffset + stream.length <= image->length())
-            add(stream.name, image, stream.discOffset, stream.length);
-        else
-            addFile(stream.name);
+            continue;
+        std::shared_ptr<const DiscImage> whole = source.openWholeFile(file.name);
+        add(file.name, whole, 0, whole ? whole->length() : *size);
     }
 
     const std::vector<DigestResult> results = runDigests(jobs, cancel, progress);

@@ -65,14 +65,11 @@ struct Track
 class Checker
 {
 public:
-    Checker(const DDPModel& model, const std::string& cdText, const std::string& pq)
-        : m_model(model), m_cdText(cdText)
-    {
-        for (std::size_t offset = 0; offset < pq.size(); offset += PqEntry::kSize)
-            m_rawEntries.push_back(PqEntry::fromBytes(std::string_view(pq).substr(offset)));
-        if (m_rawEntries.size() != model.entries().size())
-            m_rawEntries = model.entries();
-    }
+    Checker(const DDPModel& model, const std::string& cdText)
+        : m_model(model), m_cdText(cdText),
+          m_rawEntries(model.pqEntries().size() == model.entries().size() ? model.pqEntries()
+                                                                          : model.entries())
+    {}
 
     std::vector<Finding> run()
     {
@@ -402,7 +399,8 @@ private:
 
     const DDPModel& m_model;
     const std::string& m_cdText;
-    std::vector<PqEntry> m_rawEntries; // as the file holds them, before the ISRC correction
+    // As the descriptor holds them, before the ISRC correction.
+    const std::vector<PqEntry>& m_rawEntries;
     std::vector<Track> m_tracks;
     std::size_t m_trackEnd = 0;
     std::optional<int> m_leadOut;
@@ -424,10 +422,9 @@ const char* severityName(Finding::Severity severity)
     return "note";
 }
 
-std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes,
-                               const std::string& pqBytes)
+std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes)
 {
-    return Checker(model, cdTextBytes, pqBytes).run();
+    return Checker(model, cdTextBytes).run();
 }
 
 QString findingsSummary(const std::vector<Finding>& findings)

@@ -32,11 +32,10 @@ const char* severityName(Finding::Severity severity); // "error", "warning", "no
 // flags. The image rules are left out when the disc has no image: the load
 // already says so. Findings come in the order of the rules, then by track.
 //
-// ISRCs are taken from the PQ descriptor's own bytes when given: the model's
-// entries have each pause's ISRC moved onto the track after it, which is how
-// the table shows them, not what the disc says.
-std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes,
-                               const std::string& pqBytes = {});
+// ISRCs are taken from the entries as the PQ descriptor holds them
+// (DDPModel::pqEntries): entries() has each pause's ISRC moved onto the track
+// after it, which is how the table shows them, not what the disc says.
+std::vector<Finding> checkDisc(const DDPModel& model, const std::string& cdTextBytes);
 
 // How many findings of each severity, as the info line counts them:
 // "1 error, 2 warnings"; empty when there are none but notes.

@@ -1,12 +1,10 @@
 #include "verify/Verification.h"
 
 #include "ddp/DDPModel.h"
-#include "ddp/DdpFileLookup.h"
 #include "ddp/DdpFileSource.h"
-#include "ddp/DdpImageReader.h"
-#include "ddp/DdpLoader.h"
 #include "ddp/DiscImage.h"
 #include "ddp/ReadLimits.h"
+#include "verify/DdpFiles.h"
 
 #include <QFile>
 #include <QStringList>
@@ -16,12 +14,6 @@
 
 namespace {
 
-// A name from the map as the file system has it.
-std::string diskName(const std::string& mapName)
-{
-    return QFile::encodeName(ddpFileNameFromBytes(mapName)).toStdString();
-}
-
 std::string lowered(std::string name)
 {
     for (char& c : name)
@@ -29,35 +21,10 @@ std::string lowered(std::string name)
     return name;
 }
 
-bool containsIgnoringCase(const std::vector<std::string>& names, const std::string& name)
+bool isDdpFile(const std::vector<DdpFile>& files, const std::string& name)
 {
-    return std::any_of(names.begin(), names.end(),
-                       [&name](const std::string& n) { return sameNameIgnoringCase(n, name); });
-}
-
-// The DDP's own files: the identifier, the map and every file the map names.
-std::vector<std::string> ddpFiles(const IDdpFileSource& source, const DDPModel& model,
-                                  const DdpFileNames& names)
-{
-    std::vector<std::string> files{"DDPID", "DDPMS"};
-    auto add = [&](const std::string& mapName) {
-        const std::string name = diskName(mapName);
-        if (!name.empty() && !containsIgnoringCase(files, name) && source.exists(name))
-            files.push_back(name);
-    };
-    add(names.pq);
-    add(names.cdText);
-    for (const ImageStream& stream : model.imageLayout().streams)
-        add(stream.name);
-    for (const SkippedStream& stream : model.imageLayout().skipped)
-        add(stream.name);
-    // The identifier and the map are found ignoring case too: name them as
-    // the DDP does.
-    for (const std::string& listed : source.fileNames())
-        for (std::string& file : files)
-            if (sameNameIgnoringCase(file, listed))
-                file = listed;
-    return files;
+    return std::any_of(files.begin(), files.end(),
+                       [&name](const DdpFile& f) { return sameNameIgnoringCase(f.name, name); });
 }
 
 } // namespace
@@ -115,29 +82,22 @@ std::vector<std::string> VerificationReport::unrecognisedFileNames() const
 }
 
 VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& model,
-                                  const DdpFileNames& names,
                                   const std::shared_ptr<const DiscImage>& image)
 {
     VerificationPlan plan;
     VerificationReport& report = plan.report;
 
     std::string cdTextBytes;
-    if (!names.cdText.empty()) {
-        FileContent content = source.readFile(diskName(names.cdText), kMaxCdTextBytes);
+    if (const std::string& cdText = model.fileNames().cdText; !cdText.empty()) {
+        FileContent content = source.readFile(ddpDiskName(cdText), kMaxCdTextBytes);
         if (content.status == FileContent::Read)
             cdTextBytes = std::move(content.bytes);
     }
-    std::string pqBytes;
-    if (!names.pq.empty()) {
-        FileContent content = source.readFile(diskName(names.pq), kMaxPqDescriptorBytes);
-        if (content.status == FileContent::Read)
-            pqBytes = std::move(content.bytes);
-    }
-    report.findings = checkDisc(model, cdTextBytes, pqBytes);
+    report.findings = checkDisc(model, cdTextBytes);
 
-    const std::vector<std::string> ddp = ddpFiles(source, model, names);
+    const std::vector<DdpFile> ddp = ddpFiles(source, model);
     for (const std::string& name : source.fileNames()) {
-        if (containsIgnoringCase(ddp, name))
+        if (isDdpFile(ddp, name))
             continue;
         const FileContent content = source.readFile(name, kMaxChecksumFileBytes);
         if (content.status == FileContent::TooLarge && looksLikeChecksumFileName(name))
@@ -167,22 +127,16 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
                 // The audio streams are read as playback reads them.
                 for (const ImageStream& stream : model.imageLayout().streams) {
                     if (image && stream.discOffset <= image->length() &&
-                        sameNameIgnoringCase(diskName(stream.name), entry.name)) {
+                        sameNameIgnoringCase(ddpDiskName(stream.name), entry.name)) {
                         job.image = image;
                         job.offset = stream.discOffset;
                         job.length = std::min(stream.length, image->length() - stream.discOffset);
                     }
                 }
                 if (!job.image) {
+                    // No second try through readFile: what it would read opens
+                    // whole (IDdpFileSource::openWholeFile).
                     job.image = source.openWholeFile(entry.name);
-                    if (!job.image) {
-                        // Sources that cannot stream a file still read small ones.
-                        FileContent content =
-                            source.readFile(entry.name, kMaxChecksumFileBytes * 64);
-                        if (content.status == FileContent::Read)
-                            job.image = openBytesAsImage(std::move(content.bytes),
-                                                         QFile::decodeName(entry.name.c_str()));
-                    }
                     if (job.image)
                         job.length = job.image->length();
                 }
@@ -203,12 +157,13 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
     }
 
     if (!report.verdicts.empty()) {
-        for (const std::string& file : ddp) {
+        for (const DdpFile& file : ddp) {
             const bool listed =
-                std::any_of(report.verdicts.begin(), report.verdicts.end(),
-                            [&file](const auto& v) { return sameNameIgnoringCase(v.name, file); });
-            if (!listed && source.exists(file))
-                report.unlisted.push_back(file);
+                std::any_of(report.verdicts.begin(), report.verdicts.end(), [&file](const auto& v) {
+                    return sameNameIgnoringCase(v.name, file.name);
+                });
+            if (!listed && source.exists(file.name))
+                report.unlisted.push_back(file.name);
         }
     }
     return plan;
@@ -243,17 +198,9 @@ void runVerification(VerificationPlan& plan, const std::atomic<bool>* cancel,
 }
 
 VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& model,
-                              const DdpFileNames& names,
                               const std::shared_ptr<const DiscImage>& image)
 {
-    VerificationPlan plan = planVerification(source, model, names, image);
+    VerificationPlan plan = planVerification(source, model, image);
     runVerification(plan);
     return std::move(plan.report);
-}
-
-DdpFileNames readDdpFileNames(const IDdpFileSource& source)
-{
-    DdpImageReader reader;
-    reader.read(source);
-    return {reader.imageFileName(), reader.pqFileName(), reader.cdTextFileName()};
 }

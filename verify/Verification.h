@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ddp/DdpLoader.h"
 #include "verify/ChecksumFile.h"
 #include "verify/DigestRun.h"
 #include "verify/DiscCheck.h"
@@ -74,11 +73,11 @@ struct VerificationPlan
 
 // Looks for checksum files beside the DDP's own (by content, then by name),
 // matches the names they list to the DDP's files ignoring case, and runs the
-// disc check. The audio image's streams are read through `image`, the disc
+// disc check. The DDP's own files are those the model's load found (see
+// DdpFiles.h). The audio image's streams are read through `image`, the disc
 // as playback opened it (null when it has none); every other file through
 // `source`. Reads only small files: safe on any thread.
 VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& model,
-                                  const DdpFileNames& names,
                                   const std::shared_ptr<const DiscImage>& image);
 
 // Reads every file once and fills in the verdicts. Stops between blocks when
@@ -86,11 +85,6 @@ VerificationPlan planVerification(const IDdpFileSource& source, const DDPModel& 
 void runVerification(VerificationPlan& plan, const std::atomic<bool>* cancel = nullptr,
                      const DigestProgress& progress = {});
 
-// The file names the DDP's map gives, read again from the source (for
-// callers that loaded the disc without asking for them).
-DdpFileNames readDdpFileNames(const IDdpFileSource& source);
-
 // The whole run in one call, for the command line and tests.
 VerificationReport verifyDisc(const IDdpFileSource& source, const DDPModel& model,
-                              const DdpFileNames& names,
                               const std::shared_ptr<const DiscImage>& image);

@@ -22,16 +22,13 @@ void VerificationWorker::cancel()
 }
 
 void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
-                               std::shared_ptr<const DDPModel> model, DdpFileNames names,
+                               std::shared_ptr<const DDPModel> model,
                                std::shared_ptr<const DiscImage> image)
 {
     m_lastPercent = -1;
     m_job.start([this, source = std::move(source), model = std::move(model),
-                 names = std::move(names), image = std::move(image)](JobContext& context) {
-        DdpFileNames files = names;
-        if (files.image.empty() && files.pq.empty() && files.cdText.empty())
-            files = readDdpFileNames(*source);
-        VerificationPlan plan = planVerification(*source, *model, files, image);
+                 image = std::move(image)](JobContext& context) {
+        VerificationPlan plan = planVerification(*source, *model, image);
         runVerification(plan, &context.cancelFlag(),
                         [&context](std::uint64_t done, std::uint64_t total) {
                             context.setProgress(done, total);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ddp/DdpLoader.h"
 #include "jobs/BackgroundJob.h"
 #include "verify/Verification.h"
 
@@ -28,9 +27,8 @@ public:
     explicit VerificationWorker(QObject* parent = nullptr);
     ~VerificationWorker() override;
 
-    // Without `names` (all empty), the map is read again on the worker.
     void start(std::shared_ptr<const IDdpFileSource> source, std::shared_ptr<const DDPModel> model,
-               DdpFileNames names, std::shared_ptr<const DiscImage> image);
+               std::shared_ptr<const DiscImage> image);
     void cancel();
     bool isRunning() const { return m_job.isRunning(); }
     // The last finished run's report.

@@ -82,12 +82,11 @@ void PqSheetSaver::save(Disc disc)
     m_job.start([this, files, model, image, verification](JobContext& context) {
         m_digests.clear();
         if (files)
-            m_digests =
-                digestDdpFiles(*files, *model, readDdpFileNames(*files), image,
-                               verification ? &*verification : nullptr, &context.cancelFlag(),
-                               [&context](std::uint64_t done, std::uint64_t total) {
-                                   context.setProgress(done, total);
-                               });
+            m_digests = digestDdpFiles(
+                *files, *model, image, verification ? &*verification : nullptr,
+                &context.cancelFlag(), [&context](std::uint64_t done, std::uint64_t total) {
+                    context.setProgress(done, total);
+                });
     });
 }
 

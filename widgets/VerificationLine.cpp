@@ -50,7 +50,7 @@ void VerificationLine::start(std::shared_ptr<const IDdpFileSource> source,
                              std::shared_ptr<const DiscImage> image)
 {
     *m_shown = VerificationReport();
-    m_worker->start(std::move(source), std::move(model), {}, std::move(image));
+    m_worker->start(std::move(source), std::move(model), std::move(image));
     showProgress(0);
     show();
 }

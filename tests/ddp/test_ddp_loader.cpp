@@ -55,8 +55,7 @@ private slots:
     {
         QStandardItemModel table;
         DDPModel model;
-        DdpFileNames names;
-        const LoadResult result = loadDdp(memorySource(soundFiles()), &table, model, &names);
+        const LoadResult result = loadDdp(memorySource(soundFiles()), &table, model);
         QCOMPARE(result.kind, ErrorKind::NoError);
         QCOMPARE(result.message, std::string());
         QCOMPARE(headerLabels(table), trackTableHeaderNames());
@@ -72,8 +71,9 @@ private slots:
         QCOMPARE(model.cdText().genre, std::string("Pop Music"));
         QCOMPARE(model.imageFileName(), std::string("IMAGE.DAT"));
         QCOMPARE(model.ddpIdUpcEan(), std::string("0123456789012"));
-        QCOMPARE(names.cdText, std::string("CDTEXT.BIN"));
-        QCOMPARE(names.pq, std::string("PQDESCR"));
+        QCOMPARE(model.fileNames().image, std::string("IMAGE.DAT"));
+        QCOMPARE(model.fileNames().cdText, std::string("CDTEXT.BIN"));
+        QCOMPARE(model.fileNames().pq, std::string("PQDESCR"));
     }
 
     void everyFaultEndsInOneKind_data()
@@ -142,6 +142,26 @@ private slots:
         } else {
             QVERIFY(!model.hasCdText());
         }
+    }
+
+    // `tivora-ddp info --json` names the files of a disc it cannot show: the
+    // model keeps the map's names as far as the read got, and nothing else.
+    void aFailedLoadKeepsTheNamesTheMapGave()
+    {
+        QStandardItemModel table;
+        Files files = soundFiles();
+        files.erase("PQDESCR");
+        DDPModel model;
+        QCOMPARE(loadDdp(memorySource(files), &table, model).kind, ErrorKind::PqdescrInvalid);
+        QVERIFY(modelIsEmpty(model));
+        QCOMPARE(model.fileNames().image, std::string("IMAGE.DAT"));
+        QCOMPARE(model.fileNames().pq, std::string("PQDESCR"));
+        QCOMPARE(model.fileNames().cdText, std::string("CDTEXT.BIN"));
+
+        files.erase("DDPMS");
+        DDPModel noMap;
+        QCOMPARE(loadDdp(memorySource(files), &table, noMap).kind, ErrorKind::DdpmsInvalid);
+        QVERIFY(noMap.fileNames().pq.empty() && noMap.fileNames().image.empty());
     }
 
     void modelServesThePlayerAndTheViews()

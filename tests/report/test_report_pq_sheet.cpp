@@ -2,7 +2,10 @@
 // each of its forms carries them, read back by the tools a plant or a
 // script would use.
 #include "ddp/DDPModel.h"
+#include "ddp/DdpFileSource.h"
 #include "ddp/DdpLoader.h"
+#include "ddp/ImageLayout.h"
+#include "report/DdpFileDigests.h"
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"
 #include "tests/archive/RunZip.h"
@@ -10,6 +13,7 @@
 #include "tools/mkddp/Mkddp.h"
 #include "verify/Verification.h"
 
+#include <QCryptographicHash>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -249,6 +253,36 @@ private slots:
         QCOMPARE(silent, 1);
         QCOMPARE(json[QStringLiteral("files")][0][QStringLiteral("md5")].toString(),
                  QStringLiteral("0123456789abcdef"));
+    }
+
+    // The files are the DDP's own as verification knows them: named as the
+    // folder names them, the data session of an Enhanced CD included, each
+    // with its size and md5sum's digest.
+    void filesAreTheDdpsOwnAsTheFolderNamesThem()
+    {
+        mkddp::DiscSpec spec = mkddp::simpleDisc(2, 4);
+        spec.lowerCaseOnDisk = true;
+        spec.dataStream = true;
+        const QString disc = m_dir.filePath(QStringLiteral("enhanced"));
+        QVERIFY(mkddp::writeDisc(spec, disc));
+        DDPModel model;
+        QStandardItemModel table;
+        QCOMPARE(loadDdp(disc, &table, model).kind, ErrorKind::NoError);
+
+        const std::vector<PqSheetFile> files =
+            digestDdpFiles(FolderFileSource(disc), model, openDiscImage(disc, model.imageLayout()));
+        QStringList names;
+        for (const PqSheetFile& file : files) {
+            names << file.name;
+            QFile read(disc + QLatin1Char('/') + file.name);
+            QVERIFY2(read.open(QIODevice::ReadOnly), qPrintable(file.name));
+            QCOMPARE(file.size, std::uint64_t(read.size()));
+            QCOMPARE(
+                file.md5,
+                QString::fromLatin1(
+                    QCryptographicHash::hash(read.readAll(), QCryptographicHash::Md5).toHex()));
+        }
+        QCOMPARE(names, (QStringList{"ddpid", "ddpms", "pqdescr", "image.dat", "data.dat"}));
     }
 
     // The command line, from a folder and from a stored ZIP: the sheet's

@@ -19,6 +19,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <map>
+#include <mutex>
+
 namespace {
 
 using Style = mkddp::ChecksumStyle;
@@ -28,12 +31,11 @@ struct Disc
 {
     std::shared_ptr<const IDdpFileSource> source;
     std::shared_ptr<DDPModel> model = std::make_shared<DDPModel>();
-    DdpFileNames names;
     LoadResult result;
     std::shared_ptr<const DiscImage> image;
 
-    VerificationPlan plan() const { return planVerification(*source, *model, names, image); }
-    VerificationReport verify() const { return verifyDisc(*source, *model, names, image); }
+    VerificationPlan plan() const { return planVerification(*source, *model, image); }
+    VerificationReport verify() const { return verifyDisc(*source, *model, image); }
 };
 
 Disc loadFolder(const QString& folder)
@@ -41,7 +43,7 @@ Disc loadFolder(const QString& folder)
     Disc disc;
     QStandardItemModel table;
     disc.source = std::make_shared<FolderFileSource>(folder);
-    disc.result = loadDdp(folder, &table, *disc.model, &disc.names);
+    disc.result = loadDdp(folder, &table, *disc.model);
     disc.image = openDiscImage(folder, disc.model->imageLayout());
     return disc;
 }
@@ -57,7 +59,7 @@ Disc loadArchive(const QString& zip, const QString& unpackBase)
         return disc;
     QStandardItemModel table;
     disc.source = opened.ddp;
-    disc.result = loadDdp(*opened.ddp, &table, *disc.model, &disc.names);
+    disc.result = loadDdp(*opened.ddp, &table, *disc.model);
     disc.image = opened.ddp->openImage(disc.model->imageLayout());
     return disc;
 }
@@ -82,6 +84,50 @@ void onlyTheImageFails(const VerificationReport& report)
         QCOMPARE(int(status),
                  int(name == "IMAGE.DAT" ? ChecksumVerdict::Mismatch : ChecksumVerdict::Match));
 }
+
+// A source that counts how often each file's content is read, by the name
+// asked for. Verification runs on a thread of its own: hence the lock.
+class CountingSource : public IDdpFileSource
+{
+public:
+    explicit CountingSource(const QString& folder) : m_folder(folder) {}
+    FileContent readFile(const std::string& name, std::uint64_t limit) const override
+    {
+        count(name);
+        return m_folder.readFile(name, limit);
+    }
+    std::optional<std::string> readFileHead(const std::string& name,
+                                            std::uint64_t limit) const override
+    {
+        count(name);
+        return m_folder.readFileHead(name, limit);
+    }
+    std::optional<std::uint64_t> fileSize(const std::string& name) const override
+    {
+        return m_folder.fileSize(name);
+    }
+    std::vector<std::string> fileNames() const override { return m_folder.fileNames(); }
+    std::shared_ptr<const DiscImage> openWholeFile(const std::string& name) const override
+    {
+        return m_folder.openWholeFile(name);
+    }
+    int reads(const std::string& name) const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_reads.find(name);
+        return found == m_reads.end() ? 0 : found->second;
+    }
+
+private:
+    void count(const std::string& name) const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        ++m_reads[name];
+    }
+    FolderFileSource m_folder;
+    mutable std::mutex m_mutex;
+    mutable std::map<std::string, int> m_reads;
+};
 
 } // namespace
 
@@ -267,6 +313,27 @@ private slots:
                  QJsonValue(QStringLiteral("track-too-short")));
     }
 
+    // The window loads a disc, then verifies it on the worker: the identifier,
+    // the map and the PQ descriptor are parsed once, by the load; the
+    // verification takes the names and entries from the model (the files it
+    // digests it reads through openWholeFile, not counted here).
+    void aLoadAndItsVerificationReadTheMapOnce()
+    {
+        const QString folder = write(QStringLiteral("once"), Style::Md5);
+        auto source = std::make_shared<CountingSource>(folder);
+        auto model = std::make_shared<DDPModel>();
+        QStandardItemModel table;
+        QCOMPARE(int(loadDdp(*source, &table, *model).kind), int(ErrorKind::NoError));
+        VerificationWorker worker;
+        QSignalSpy finished(&worker, &VerificationWorker::finished);
+        worker.start(source, model, openDiscImage(folder, model->imageLayout()));
+        QVERIFY(finished.wait(20000));
+        QCOMPARE(worker.report().state(), VerificationReport::Ok);
+        QCOMPARE(worker.report().verdicts.size(), std::size_t(5));
+        for (const std::string name : {"DDPID", "DDPMS", "PQDESCR"})
+            QVERIFY2(source->reads(name) == 1, name.c_str());
+    }
+
     void theWorkerReportsTheLatestRunOnly()
     {
         const Disc disc = loadFolder(
@@ -278,7 +345,7 @@ private slots:
         QSignalSpy progressed(&worker, &VerificationWorker::progressed);
         // Three starts in a row: the first two are cancelled and say nothing.
         for (int i = 0; i < 3; ++i)
-            worker.start(disc.source, disc.model, disc.names, disc.image);
+            worker.start(disc.source, disc.model, disc.image);
         QVERIFY(worker.isRunning());
         QVERIFY(finished.wait(20000));
         QTest::qWait(50);
@@ -288,7 +355,7 @@ private slots:
         QCOMPARE(worker.report().state(), VerificationReport::Failed);
 
         // Cancelled: nothing arrives.
-        worker.start(disc.source, disc.model, disc.names, disc.image);
+        worker.start(disc.source, disc.model, disc.image);
         worker.cancel();
         QVERIFY(!finished.wait(300));
         QCOMPARE(finished.count(), 1);

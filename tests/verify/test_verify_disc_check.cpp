@@ -26,15 +26,11 @@ Checked checked(const mkddp::DiscSpec& spec, bool withImage)
     for (const auto& [name, bytes] : mkddp::buildFiles(spec, withImage))
         source.setFile(name.toStdString(), bytes.toStdString());
     DDPModel model;
-    DdpFileNames names;
     QStandardItemModel table;
     Checked out;
-    out.result = loadDdp(source, &table, model, &names);
-    auto file = [&source](const std::string& mapName) {
-        return source.content(mapName.substr(0, mapName.find_last_not_of(' ') + 1))
-            .value_or(std::string());
-    };
-    out.findings = checkDisc(model, file(names.cdText), file(names.pq));
+    out.result = loadDdp(source, &table, model);
+    const std::string cdText = source.content(model.fileNames().cdText).value_or(std::string());
+    out.findings = checkDisc(model, cdText);
     return out;
 }
 

@@ -38,7 +38,7 @@ InfoReport makeInfoReport(const QString& path)
         if (!opened.ddp)
             return report;
         report.archive = opened.ddp;
-        report.result = loadDdp(*report.archive, report.table.get(), *report.model, &report.files);
+        report.result = loadDdp(*report.archive, report.table.get(), *report.model);
         // A file the directory lists but that does not unpack to what it
         // claims is the archive's fault, not the DDP's.
         if (const std::string damage = report.archive->damage(); !damage.empty())
@@ -49,7 +49,7 @@ InfoReport makeInfoReport(const QString& path)
     report.result.kind = openDialogCheck(report.folder);
     if (report.result.kind != ErrorKind::NoError)
         return report;
-    report.result = loadDdp(report.folder, report.table.get(), *report.model, &report.files);
+    report.result = loadDdp(report.folder, report.table.get(), *report.model);
     // As the window does: a first pause that holds audio reads so in its row.
     if (report.result.kind == ErrorKind::NoError)
         if (const auto image = openDiscImage(report.folder, report.model->imageLayout()))
@@ -77,13 +77,13 @@ void addVerification(InfoReport& report)
         return;
     std::shared_ptr<const DiscImage> image = openReportImage(report, nullptr);
     if (report.archive) {
-        report.verification = std::make_shared<VerificationReport>(
-            verifyDisc(*report.archive, *report.model, report.files, image));
+        report.verification =
+            std::make_shared<VerificationReport>(verifyDisc(*report.archive, *report.model, image));
         return;
     }
     const FolderFileSource source(report.folder);
-    report.verification = std::make_shared<VerificationReport>(
-        verifyDisc(source, *report.model, report.files, image));
+    report.verification =
+        std::make_shared<VerificationReport>(verifyDisc(source, *report.model, image));
 }
 
 namespace {
@@ -157,15 +157,17 @@ QByteArray infoReportJson(const InfoReport& report)
     for (std::uint32_t index : report.model->indexList())
         indexList.append(static_cast<qint64>(index));
 
+    // Named as far as the map was read, a failed load included.
+    const DdpFileNames& files = report.model->fileNames();
     QJsonObject object{
         {QStringLiteral("kind"), static_cast<int>(report.result.kind)},
         {QStringLiteral("title"), errorTitle(report.result.kind)},
         {QStringLiteral("message"), QString::fromStdString(report.result.message)},
         {QStringLiteral("files"),
          QJsonObject{
-             {QStringLiteral("image"), ddpFileNameFromBytes(report.files.image)},
-             {QStringLiteral("pq"), ddpFileNameFromBytes(report.files.pq)},
-             {QStringLiteral("cdText"), ddpFileNameFromBytes(report.files.cdText)},
+             {QStringLiteral("image"), ddpFileNameFromBytes(files.image)},
+             {QStringLiteral("pq"), ddpFileNameFromBytes(files.pq)},
+             {QStringLiteral("cdText"), ddpFileNameFromBytes(files.cdText)},
          }},
         {QStringLiteral("columns"), QJsonArray::fromStringList(trackTableHeaderNames())},
         {QStringLiteral("rows"), rows},
@@ -219,8 +221,8 @@ QByteArray infoReportText(const InfoReport& report)
     }
 
     const DDPModel& model = *report.model;
-    out +=
-        QStringLiteral("Image: %1\n").arg(terminalText(ddpFileNameFromBytes(report.files.image)));
+    out += QStringLiteral("Image: %1\n")
+               .arg(terminalText(ddpFileNameFromBytes(model.fileNames().image)));
     const ImageLayout& layout = model.imageLayout();
     if (layout.streams.size() > 1) {
         for (const ImageStream& stream : layout.streams)

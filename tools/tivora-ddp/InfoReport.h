@@ -24,7 +24,6 @@ struct InfoReport
     QString folder;                      // the DDP folder; for an archive, the archive
     std::shared_ptr<ArchiveDdp> archive; // set when the DDP lies in a ZIP archive
     LoadResult result;
-    DdpFileNames files;
     std::shared_ptr<QStandardItemModel> table;
     std::shared_ptr<DDPModel> model;
     // Checksums and the disc check, when they were asked for ("checksums"

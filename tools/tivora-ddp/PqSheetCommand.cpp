@@ -66,7 +66,7 @@ int runPqSheet(const QStringList& args)
     const FolderFileSource folder(report.folder);
     const IDdpFileSource& source =
         report.archive ? static_cast<const IDdpFileSource&>(*report.archive) : folder;
-    inputs.files = digestDdpFiles(source, model, report.files, image, inputs.verification);
+    inputs.files = digestDdpFiles(source, model, image, inputs.verification);
 
     if (!writePqSheet(makePqSheet(model, inputs), format, out, &error))
         return fail(QStringLiteral("cannot write \"%1\": %2").arg(out, error));
