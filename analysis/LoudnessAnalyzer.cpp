@@ -7,8 +7,7 @@
 LoudnessAnalyzer::LoudnessAnalyzer(QObject* parent) : QObject(parent), m_job(this)
 {
     qRegisterMetaType<DiscLoudness>();
-    connect(&m_job, &BackgroundJob::progressed, this,
-            [this](quint64 done, quint64 total) { emit progressed(qint64(done), qint64(total)); });
+    connect(&m_job, &BackgroundJob::progressed, this, &LoudnessAnalyzer::progressed);
     connect(&m_job, &BackgroundJob::finished, this, &LoudnessAnalyzer::onFinished);
 }
 

@@ -29,8 +29,8 @@ public:
     bool isRunning() const { return m_job.isRunning(); }
 
 signals:
-    // Bytes measured of all, about every 100 ms (as analyzeLoudness reports).
-    void progressed(qint64 done, qint64 total);
+    // Of the audio to measure, in whole percent, once per step.
+    void progressed(int percent);
     void finished(const DiscLoudness& result);
 
 private:

@@ -430,7 +430,7 @@ void MainWindow::startUnpacking(const QString& archivePath)
     // cancels this), or the window closed.
     auto* dialog = new QProgressDialog(
         tr("Unpacking the audio of \"%1\"\u2026").arg(QFileInfo(archivePath).fileName()),
-        tr("Cancel"), 0, 1000, this);
+        tr("Cancel"), 0, 100, this);
     dialog->setObjectName(QStringLiteral("unpackProgressDialog"));
     dialog->setWindowTitle(tr("Opening Archive"));
     dialog->setWindowModality(Qt::NonModal);
@@ -459,10 +459,10 @@ void MainWindow::cancelUnpacking()
     }
 }
 
-void MainWindow::onUnpackProgress(quint64 done, quint64 total)
+void MainWindow::onUnpackProgress(int percent)
 {
-    if (m_unpackDialog && total > 0)
-        m_unpackDialog->setValue(static_cast<int>(done * 1000 / total));
+    if (m_unpackDialog)
+        m_unpackDialog->setValue(percent);
 }
 
 void MainWindow::onUnpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result)

@@ -117,7 +117,7 @@ public slots:
     void onResize(int deltaX, int deltaY);
     void onAudioDeviceChanged(const QString& device);
     void onSuspending();
-    void onUnpackProgress(quint64 done, quint64 total);
+    void onUnpackProgress(int percent);
     void onUnpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result);
 
 protected:

@@ -9,7 +9,7 @@ ImageUnpackJob::ImageUnpackJob(QObject* parent) : QObject(parent), m_job(this)
     // For queued connections and signal spies.
     qRegisterMetaType<std::shared_ptr<const DiscImage>>();
     qRegisterMetaType<LoadResult>();
-    connect(&m_job, &BackgroundJob::progressed, this, &ImageUnpackJob::onProgressed);
+    connect(&m_job, &BackgroundJob::progressed, this, &ImageUnpackJob::progress);
     connect(&m_job, &BackgroundJob::finished, this, &ImageUnpackJob::onFinished);
 }
 
@@ -20,7 +20,6 @@ ImageUnpackJob::~ImageUnpackJob()
 
 void ImageUnpackJob::start(std::shared_ptr<ArchiveDdp> archive, ImageLayout layout)
 {
-    m_lastPercent = -1;
     m_job.start(
         [this, archive = std::move(archive), layout = std::move(layout)](JobContext& context) {
             m_result = LoadResult();
@@ -36,15 +35,6 @@ void ImageUnpackJob::start(std::shared_ptr<ArchiveDdp> archive, ImageLayout layo
 void ImageUnpackJob::cancel()
 {
     m_job.cancel();
-}
-
-void ImageUnpackJob::onProgressed(quint64 done, quint64 total)
-{
-    const int percent = total ? static_cast<int>(done * 100 / total) : 100;
-    if (percent == m_lastPercent)
-        return;
-    m_lastPercent = percent;
-    emit progress(done, total);
 }
 
 void ImageUnpackJob::onFinished()

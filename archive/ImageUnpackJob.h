@@ -32,21 +32,18 @@ public:
     bool isRunning() const { return m_job.isRunning(); }
 
 signals:
-    // Bytes unpacked of those to unpack, at most once per percent.
-    void progress(quint64 done, quint64 total);
+    // Of the bytes to unpack, in whole percent, once per step.
+    void progress(int percent);
     // The image, or nothing with the reason (ArchiveInvalid; ImageMissing).
     void unpacked(std::shared_ptr<const DiscImage> image, const LoadResult& result);
 
 private:
-    void onProgressed(quint64 done, quint64 total);
     void onFinished();
 
     // Written by the run's thread before its work returns, read by the
     // owner's in onFinished(), after the job has joined that thread.
     std::shared_ptr<const DiscImage> m_image;
     LoadResult m_result;
-    // Owner's thread only.
-    int m_lastPercent = -1;
     // Last: destroyed first, so that a run still going is stopped before
     // the members it writes go.
     BackgroundJob m_job;

@@ -4,6 +4,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -39,8 +40,7 @@ void BackgroundJob::start(Work work)
     m_context.m_ended.store(false);
     m_context.m_done.store(0);
     m_context.m_total.store(0);
-    m_reportedDone = 0;
-    m_reportedTotal = 0;
+    m_reportedPercent = -1;
     m_thread = std::thread([this, work = std::move(work)] {
         lowerThisThreadsPriority();
         work(m_context);
@@ -72,12 +72,12 @@ void BackgroundJob::poll()
     const bool ended = m_context.m_ended.load(std::memory_order_acquire);
     const std::uint64_t done = m_context.m_done.load(std::memory_order_relaxed);
     const std::uint64_t total = m_context.m_total.load(std::memory_order_relaxed);
-    if (done != m_reportedDone || total != m_reportedTotal) {
-        m_reportedDone = done;
-        m_reportedTotal = total;
+    const int percent = total > 0 ? int(std::min(done, total) * 100 / total) : -1;
+    if (percent != m_reportedPercent) {
+        m_reportedPercent = percent;
         const std::uint64_t generation = m_generation;
         const QPointer<BackgroundJob> alive(this);
-        emit progressed(done, total);
+        emit progressed(percent);
         // A slot may have deleted this job, or cancelled or restarted it.
         if (!alive || generation != m_generation)
             return;

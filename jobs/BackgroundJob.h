@@ -64,9 +64,10 @@ public:
     bool isRunning() const { return m_thread.joinable(); }
 
 signals:
-    // The run's latest progress, when it has changed since the last poll
-    // (every 50 ms), and once more before finished() if the end changed it.
-    void progressed(quint64 done, quint64 total);
+    // The run's progress in whole percent, when that has changed since the
+    // last poll (every 50 ms), and once more before finished() if the end
+    // changed it. Nothing while the run has published no total.
+    void progressed(int percent);
     // The work has returned and its thread is joined; once a run.
     void finished();
 
@@ -76,10 +77,9 @@ private:
     JobContext m_context;
     std::thread m_thread; // owner's thread only
     QTimer m_poll;
-    // Owner's thread only: the progress last emitted, and a count of runs
+    // Owner's thread only: the percent last emitted, and a count of runs
     // started or cancelled, which tells poll() that a slot it called has
     // started or cancelled a run meanwhile.
-    std::uint64_t m_reportedDone = 0;
-    std::uint64_t m_reportedTotal = 0;
+    int m_reportedPercent = -1;
     std::uint64_t m_generation = 0;
 };

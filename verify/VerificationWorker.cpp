@@ -7,7 +7,7 @@
 
 VerificationWorker::VerificationWorker(QObject* parent) : QObject(parent), m_job(this)
 {
-    connect(&m_job, &BackgroundJob::progressed, this, &VerificationWorker::onProgressed);
+    connect(&m_job, &BackgroundJob::progressed, this, &VerificationWorker::progressed);
     connect(&m_job, &BackgroundJob::finished, this, &VerificationWorker::onFinished);
 }
 
@@ -25,7 +25,6 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
                                std::shared_ptr<const DDPModel> model,
                                std::shared_ptr<const DiscImage> image)
 {
-    m_lastPercent = -1;
     m_job.start([this, source = std::move(source), model = std::move(model),
                  image = std::move(image)](JobContext& context) {
         VerificationPlan plan = planVerification(*source, *model, image);
@@ -35,15 +34,6 @@ void VerificationWorker::start(std::shared_ptr<const IDdpFileSource> source,
                         });
         m_runReport = std::move(plan.report);
     });
-}
-
-void VerificationWorker::onProgressed(quint64 done, quint64 total)
-{
-    const int percent = total ? int(done * 100 / total) : 100;
-    if (percent != m_lastPercent) {
-        m_lastPercent = percent;
-        emit progressed(percent);
-    }
 }
 
 void VerificationWorker::onFinished()

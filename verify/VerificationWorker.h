@@ -39,14 +39,12 @@ signals:
     void finished();
 
 private:
-    void onProgressed(quint64 done, quint64 total);
     void onFinished();
 
     VerificationReport m_report; // owner's thread only
     // Written by the run's thread before its work returns, read by the
     // owner's in onFinished(), after the job has joined that thread.
     VerificationReport m_runReport;
-    int m_lastPercent = -1; // owner's thread only
     // Last: destroyed first, so that a run still going is stopped before
     // the members it writes go.
     BackgroundJob m_job;

@@ -66,19 +66,16 @@ void LoudnessColumns::cancel()
     m_analyzer.cancel();
     m_result.reset();
     m_rows.clear();
-    m_progressShown = -1;
     if (m_infoBox) {
         m_infoBox->loudnessLabel()->setText(QStringLiteral("-"));
         m_infoBox->loudnessLabel()->setToolTip(QString());
     }
 }
 
-void LoudnessColumns::onProgress(qint64 done, qint64 total)
+void LoudnessColumns::onProgress(int percent)
 {
-    const int percent = total > 0 ? int(done * 100 / total) : 0;
-    if (percent == m_progressShown || !m_infoBox)
+    if (!m_infoBox)
         return;
-    m_progressShown = percent;
     m_infoBox->loudnessLabel()->setText(tr("measuring… %1 %").arg(percent));
 }
 

@@ -57,7 +57,7 @@ signals:
     void shown();
 
 private:
-    void onProgress(qint64 done, qint64 total);
+    void onProgress(int percent);
     void onFinished(const DiscLoudness& result);
     void fillRow(int row, const LoudnessResult& result);
 
@@ -65,6 +65,5 @@ private:
     QPointer<InfoBoxWidget> m_infoBox;
     LoudnessAnalyzer m_analyzer;
     std::vector<int> m_rows; // the table row of each measured track
-    int m_progressShown = -1;
     std::optional<DiscLoudness> m_result;
 };

@@ -63,7 +63,7 @@ void PqSheetSaver::save(Disc disc)
     m_path = path;
 
     auto* dialog = new QProgressDialog(tr("Reading the files of the DDP for their MD5\u2026"),
-                                       tr("Cancel"), 0, 1000, m_parent);
+                                       tr("Cancel"), 0, 100, m_parent);
     dialog->setObjectName(QStringLiteral("pqSheetProgressDialog"));
     dialog->setWindowTitle(tr("Save PQ Sheet"));
     dialog->setWindowModality(Qt::NonModal);
@@ -90,10 +90,10 @@ void PqSheetSaver::save(Disc disc)
     });
 }
 
-void PqSheetSaver::onProgressed(quint64 done, quint64 total)
+void PqSheetSaver::onProgressed(int percent)
 {
-    if (m_dialog && total > 0)
-        m_dialog->setValue(int(done * 1000 / total));
+    if (m_dialog)
+        m_dialog->setValue(percent);
 }
 
 void PqSheetSaver::onDigested()

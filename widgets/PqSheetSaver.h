@@ -60,7 +60,7 @@ signals:
     void failed(const QString& message);
 
 private:
-    void onProgressed(quint64 done, quint64 total);
+    void onProgressed(int percent);
     void onDigested();
     void write(const QString& path, std::vector<PqSheetFile> files);
     void closeDialog();
