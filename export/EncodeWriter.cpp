@@ -4,7 +4,7 @@
 #include "ddp/DiscImage.h"
 #include "export/ExportFileName.h"
 #include "export/PartFile.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QDir>
 #include <QFileInfo>

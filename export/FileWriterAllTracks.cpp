@@ -2,7 +2,7 @@
 
 #include "ddp/DDPModel.h"
 #include "export/ExportFileName.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QDir>
 

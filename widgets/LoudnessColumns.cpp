@@ -3,7 +3,7 @@
 #include "analysis/LoudnessText.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 #include "widgets/InfoBoxWidget.h"
 #include "widgets/Theme.h"
 

@@ -7,7 +7,7 @@
 
 #include "ddp/DiscImage.h"
 #include "export/EncodeWriter.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QDir>
 #include <QFile>

@@ -13,7 +13,7 @@
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
 #include "export/ImageRange.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 #include "export/TrackTags.h"
 #include "tools/mkddp/Mkddp.h"
 

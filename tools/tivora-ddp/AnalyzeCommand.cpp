@@ -7,7 +7,7 @@
 
 #include "analysis/LoudnessAnalysis.h"
 #include "analysis/LoudnessText.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

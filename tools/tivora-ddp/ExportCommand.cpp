@@ -14,7 +14,7 @@
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -7,7 +7,7 @@
 #include "analysis/LoudnessAnalysis.h"
 #include "archive/ArchiveDdp.h"
 #include "ddp/DdpFileSource.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 #include "report/DdpFileDigests.h"
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"

@@ -4,7 +4,7 @@
 #include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
 
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <cstdio>
 #include <exception>
