@@ -10,8 +10,6 @@
 #include <QLabel>
 #include <QStandardItemModel>
 
-#include <exception>
-
 LoudnessColumns::LoudnessColumns(QStandardItemModel* table, InfoBoxWidget* infoBox, QObject* parent)
     : QObject(parent), m_table(table), m_infoBox(infoBox)
 {
@@ -37,15 +35,8 @@ void LoudnessColumns::start(const std::shared_ptr<DDPModel>& model,
     cancel();
     if (!model || !image)
         return;
-    DDPModel& disc = *model;
+    const DDPModel& disc = *model;
     std::vector<TrackSpan> spans;
-    try {
-        // The player's first track, set here too: the analysis may start
-        // before the player has the model.
-        disc.setFirstTrackNumber(disc.isFirstRowPause() ? 1 : 2);
-    } catch (const std::exception&) {
-        return;
-    }
     for (const ExportedTrack& track : exportedTracks(disc)) {
         if (!track.range) {
             m_rows.clear();
