@@ -1,7 +1,7 @@
 #include "export/FileWriter.h"
 
-#include "export/PartFile.h"
 #include "ddp/TrackRange.h"
+#include "export/PartFile.h"
 #include "export/WavHeader.h"
 
 #include "ddp/DDPModel.h"

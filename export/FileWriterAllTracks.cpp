@@ -1,8 +1,8 @@
 #include "export/FileWriterAllTracks.h"
 
 #include "ddp/DDPModel.h"
-#include "export/ExportFileName.h"
 #include "ddp/TrackRange.h"
+#include "export/ExportFileName.h"
 
 #include <QDir>
 
