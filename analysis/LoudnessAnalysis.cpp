@@ -23,29 +23,6 @@ constexpr qint64 kStretchBytes = 5 * 176400;
 
 } // namespace
 
-std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks, qint64 leadOut)
-{
-    std::vector<AnalysisPart> parts;
-    for (std::size_t i = 0; i < tracks.size(); ++i) {
-        parts.push_back({tracks[i].start, tracks[i].end, true});
-        const qint64 next = i + 1 < tracks.size() ? tracks[i + 1].start : leadOut;
-        if (next > tracks[i].end)
-            parts.push_back({tracks[i].end, next, false});
-    }
-    return parts;
-}
-
-std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks,
-                                         const std::vector<PqEntry>& entries)
-{
-    const qint64 leadOut =
-        entries.size() >= 2
-            ? static_cast<qint64>(
-                  entries[entries.size() - leadOutEntryCount(entries)].bytePosition())
-            : 0;
-    return programmeParts(tracks, leadOut);
-}
-
 DiscLoudness combineParts(const std::vector<AnalysisPart>& parts,
                           const std::vector<std::unique_ptr<RangeMeter>>& meters)
 {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "analysis/LoudnessResult.h"
-#include "ddp/PqEntry.h"
 
 #include <QtGlobal>
 
@@ -23,21 +22,6 @@ struct AnalysisPart
     bool isTrack = true;
     qint64 length() const { return end - start; }
 };
-
-// The parts of a programme from its tracks' ranges (in disc order) and the
-// lead-out: each track, and each stretch between one track's end and the
-// next one's start or the lead-out. Empty and overlapping stretches are left
-// out.
-struct TrackSpan
-{
-    qint64 start = 0;
-    qint64 end = 0;
-};
-std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks, qint64 leadOut);
-// The same with the lead-out where the disc's PQ entries put it (0 for a
-// descriptor too short to have one).
-std::vector<AnalysisPart> programmeParts(const std::vector<TrackSpan>& tracks,
-                                         const std::vector<PqEntry>& entries);
 
 struct AnalysisOptions
 {

@@ -43,8 +43,7 @@ public:
     // IDescListProvider (entries() serves IMetaDataProvider too)
     const std::vector<PqEntry>& entries() const override { return m_entries; }
     bool isFirstRowPause() const override; // throws "invalid vector subscript" on an empty list
-    void setFirstTrackNumber(std::uint32_t number) override { m_firstTrackNumber = number; }
-    std::uint32_t firstTrackNumber() const override { return m_firstTrackNumber; }
+    std::uint32_t firstTrackNumber() const override;
     void setPlaying(bool playing) override;
 
     // Audio::ITrackNumberModel
@@ -112,7 +111,6 @@ private:
     CdTextRecord m_cdText;
     bool m_doubleByte = false;
     std::int32_t m_currentRow = -1;
-    std::uint32_t m_firstTrackNumber = 1;
     bool m_playing = false;
     std::function<void(bool)> m_listener;
     std::string m_imageFileName;

@@ -2,9 +2,9 @@
 
 #include "ddp/DDPModel.h"
 #include "ddp/DiscImage.h"
+#include "ddp/TrackRange.h"
 #include "export/ExportFileName.h"
 #include "export/PartFile.h"
-#include "export/TrackRange.h"
 
 #include <QDir>
 #include <QFileInfo>

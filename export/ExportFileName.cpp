@@ -3,7 +3,7 @@
 #include "ddp/CdTextStrings.h"
 #include "ddp/CheckedAccess.h"
 #include "ddp/DDPModel.h"
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <QSet>
 #include <QStringView>

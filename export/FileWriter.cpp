@@ -1,11 +1,11 @@
 #include "export/FileWriter.h"
 
 #include "export/PartFile.h"
-#include "export/TrackRange.h"
 #include "export/WavHeader.h"
 
 #include "ddp/DDPModel.h"
 #include "ddp/DiscImage.h"
+#include "ddp/TrackRange.h"
 
 #include <QFileInfo>
 #include <QThread>

@@ -1,8 +1,8 @@
 #include "export/FileWriterAllTracks.h"
 
 #include "ddp/DDPModel.h"
+#include "ddp/TrackRange.h"
 #include "export/ExportFileName.h"
-#include "export/TrackRange.h"
 
 #include <QDir>
 

@@ -6,12 +6,12 @@
 #include "ddp/ImageLayout.h"
 #include "ddp/RegularFile.h"
 #include "ddp/Settings.h"
+#include "ddp/TrackRange.h"
 #include "export/CueWriter.h"
 #include "export/EncodeWriter.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
-#include "export/TrackRange.h"
 
 #include <QDir>
 #include <QFileInfo>

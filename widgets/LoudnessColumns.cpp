@@ -1,16 +1,14 @@
 #include "widgets/LoudnessColumns.h"
 
 #include "analysis/LoudnessText.h"
+#include "analysis/ProgrammeParts.h"
 #include "ddp/DDPModel.h"
 #include "ddp/DdpLoader.h"
-#include "export/TrackRange.h"
 #include "widgets/InfoBoxWidget.h"
 #include "widgets/Theme.h"
 
 #include <QLabel>
 #include <QStandardItemModel>
-
-#include <exception>
 
 LoudnessColumns::LoudnessColumns(QStandardItemModel* table, InfoBoxWidget* infoBox, QObject* parent)
     : QObject(parent), m_table(table), m_infoBox(infoBox)
@@ -37,28 +35,21 @@ void LoudnessColumns::start(const std::shared_ptr<DDPModel>& model,
     cancel();
     if (!model || !image)
         return;
-    DDPModel& disc = *model;
-    std::vector<TrackSpan> spans;
-    try {
-        // The player's first track, set here too: the analysis may start
-        // before the player has the model.
-        disc.setFirstTrackNumber(disc.isFirstRowPause() ? 1 : 2);
-    } catch (const std::exception&) {
+    QString error;
+    std::optional<DiscProgramme> programme = discProgramme(*model, &error);
+    if (!programme) {
+        // Not measured: the info area's "-" says why when hovered.
+        if (m_infoBox)
+            m_infoBox->loudnessLabel()->setToolTip(error);
         return;
     }
-    for (const ExportedTrack& track : exportedTracks(disc)) {
-        if (!track.range) {
-            m_rows.clear();
-            return; // a disc whose tracks cannot be told apart has nothing to measure
-        }
-        spans.push_back({track.range->start, track.range->end});
-        m_rows.push_back(int(track.entry) - int(disc.firstTrackNumber()));
-    }
-    if (spans.empty())
+    if (programme->trackEntries.empty())
         return;
+    for (std::size_t entry : programme->trackEntries)
+        m_rows.push_back(int(entry) - int(model->firstTrackNumber()));
     if (m_infoBox)
         m_infoBox->loudnessLabel()->setText(tr("measuring…"));
-    m_analyzer.start(std::move(image), programmeParts(spans, disc.entries()));
+    m_analyzer.start(std::move(image), std::move(programme->parts));
 }
 
 void LoudnessColumns::cancel()

@@ -20,7 +20,9 @@ class QStandardItemModel;
 // ("-0.3 dBTP", in the warning colour above -1.0 dBTP), filled per track and
 // in the summary row for the disc; the disc's figures in the info area,
 // with the progress there while the analysis runs; every figure in the row's
-// popup (through kPopupLinesRole on the Loudness cell).
+// popup (through kPopupLinesRole on the Loudness cell). A disc with a track
+// whose end the PQ descriptor does not give is not measured (see
+// discProgramme); the info area's tooltip gives the reason.
 //
 // The columns come after the loader's so that their logical indexes stay
 // what they were: a header state saved before they existed restores as it

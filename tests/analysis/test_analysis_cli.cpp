@@ -164,6 +164,35 @@ private slots:
         QVERIFY(text.out.contains("Note: the audio image ends before the last track does."));
     }
 
+    // A descriptor that gives the last track no end is refused with one line
+    // naming the track, as the export refuses that track, rather than
+    // measured with the track's audio counted as a pause of the disc. The PQ
+    // sheet goes without loudness and says why.
+    void aTrackWithoutAnEndIsRefused()
+    {
+        mkddp::DiscSpec spec = mkddp::signalsDisc(4);
+        spec.faults.append(mkddp::Fault::LeadOutNotANumber);
+        const QString disc = m_dir.filePath(QStringLiteral("no-end"));
+        QVERIFY(mkddp::writeDisc(spec, disc));
+        const QByteArray refusal = "The end of track 05 is not in the PQ descriptor.";
+        const QString analyze = QStringLiteral("analyze");
+        for (const QStringList& args :
+             {QStringList{analyze, disc}, QStringList{analyze, QStringLiteral("--json"), disc}}) {
+            const Run r = run(tool("tivora-ddp"), args);
+            QCOMPARE(r.status, 1);
+            QCOMPARE(r.out, QByteArray());
+            QCOMPARE(r.err, "tivora-ddp analyze: " + refusal + '\n');
+        }
+        const Run sheet =
+            run(tool("tivora-ddp"), {QStringLiteral("pqsheet"), disc, QStringLiteral("-")});
+        QCOMPARE(sheet.status, 0);
+        QVERIFY2(
+            sheet.err.contains("tivora-ddp pqsheet: " + refusal + " The sheet has no loudness.\n"),
+            sheet.err.constData());
+        QVERIFY(sheet.out.contains("Track"));
+        QVERIFY(!sheet.out.contains("LUFS"));
+    }
+
     // The demo disc's tracks exported as WAV and measured by ffmpeg's meter
     // read the same, within what two conforming meters may differ by.
     void agreesWithFfmpeg()

@@ -8,10 +8,12 @@
 #include "analysis/LoudnessRange.h"
 #include "analysis/LoudnessText.h"
 #include "analysis/LoudnessUnits.h"
+#include "analysis/ProgrammeParts.h"
 #include "analysis/RangeBlocks.h"
 #include "analysis/RangeMeter.h"
 #include "analysis/TruePeakMeter.h"
 #include "analysis/WorkPlan.h"
+#include "ddp/DDPModel.h"
 #include "ddp/DiscImage.h"
 #include "tools/mkddp/Mkddp.h"
 
@@ -31,7 +33,7 @@ constexpr qint64 kBytesPerCdFrame = 2352;
 // track's start, as the generator lays them out, and the pauses between.
 std::vector<AnalysisPart> partsOf(const mkddp::DiscSpec& spec)
 {
-    std::vector<TrackSpan> tracks;
+    std::vector<TrackRange> tracks;
     qint64 at = 0;
     for (const mkddp::TrackSpec& t : spec.tracks) {
         at += t.pauseFrames * kBytesPerCdFrame;
@@ -219,7 +221,7 @@ private slots:
     // the disc, and a descriptor without a lead-out adds nothing past it.
     void programmeEndsAtTheLeadOut()
     {
-        const std::vector<TrackSpan> tracks{{2 * 176400, 10 * 176400}};
+        const std::vector<TrackRange> tracks{{2 * 176400, 10 * 176400}};
         const std::vector<PqEntry> pair{pq("00", 0, 0), pq("01", 1, 2), pq("AA", 1, 12),
                                         pq("AA", 0, 12)};
         const std::vector<PqEntry> single{pq("00", 0, 0), pq("01", 1, 2), pq("AA", 1, 12)};
@@ -232,6 +234,59 @@ private slots:
         }
         QCOMPARE(programmeParts(tracks, std::vector<PqEntry>{pq("01", 1, 2)}).size(),
                  std::size_t(1));
+    }
+
+    // What every caller measures: the tracks as the export writes them (an
+    // index 02 inside its track) and the pause between two of them, whether
+    // the first row is a pause or not (the first-track number comes from the
+    // index list); and nothing, with the track named, when the descriptor
+    // gives a track no end.
+    void discProgrammeIsWhatTheExportWrites()
+    {
+        auto modelOf = [](int firstStart, const std::vector<std::uint32_t>& indexList,
+                          const PqEntry& leadOut) {
+            DDPModel model;
+            model.setEntries({pq("00", 0, 0), pq("01", 0, 0), pq("01", 1, firstStart),
+                              pq("01", 2, 5), pq("02", 0, 8), pq("02", 1, 9), pq("03", 1, 12),
+                              leadOut, pq("AA", 0, 20)});
+            for (std::uint32_t index : indexList)
+                model.appendIndex(index);
+            return model;
+        };
+        auto bytes = [](int seconds) { return qint64(seconds) * 176400; };
+        const PqEntry leadOut = pq("AA", 1, 20);
+        struct Case
+        {
+            int firstStart;
+            std::vector<std::uint32_t> indexList;
+            std::uint32_t firstTrackNumber;
+        };
+        for (const Case& c : {Case{2, {1, 2, 0, 1, 1}, 2}, Case{4, {0, 1, 2, 0, 1, 1}, 1}}) {
+            const DDPModel model = modelOf(c.firstStart, c.indexList, leadOut);
+            QCOMPARE(model.firstTrackNumber(), c.firstTrackNumber);
+            QString error;
+            const std::optional<DiscProgramme> programme = discProgramme(model, &error);
+            QVERIFY(programme);
+            QCOMPARE(programme->trackEntries, (std::vector<std::size_t>{2, 5, 6}));
+            const std::vector<AnalysisPart>& parts = programme->parts;
+            QCOMPARE(parts.size(), std::size_t(4));
+            const qint64 starts[] = {bytes(c.firstStart), bytes(8), bytes(9), bytes(12)};
+            const qint64 ends[] = {bytes(8), bytes(9), bytes(12), bytes(20)};
+            for (std::size_t i = 0; i < parts.size(); ++i) {
+                QCOMPARE(parts[i].start, starts[i]);
+                QCOMPARE(parts[i].end, ends[i]);
+                QCOMPARE(parts[i].isTrack, i != 1);
+            }
+            QVERIFY(error.isEmpty());
+        }
+
+        PqEntry unreadable = leadOut;
+        unreadable.bytes[6] = unreadable.bytes[7] = 'x';
+        const DDPModel broken = modelOf(2, {1, 2, 0, 1, 1}, unreadable);
+        QString error;
+        QVERIFY(!discProgramme(broken, &error));
+        QCOMPARE(error, QStringLiteral("The end of track 03 is not in the PQ descriptor."));
+        QVERIFY(!discProgramme(broken, nullptr));
     }
 
     // Parts split among the cores give exactly what one pass per part gives:

@@ -201,6 +201,48 @@ private slots:
         QVERIFY(next.table->header()->isSectionHidden(7));
     }
 
+    // The rows follow the first-track number the index list gives: with a
+    // shown pause before track 1, row 0 is the pause and track 1's figures
+    // are on row 1. A descriptor that gives a track no end is not measured,
+    // and the info area says why.
+    void rowsFollowTheIndexListAndATrackWithoutAnEndIsNotMeasured()
+    {
+        mkddp::DiscSpec spec = mkddp::signalsDisc(4);
+        spec.tracks[0].pauseFrames = mkddp::cdFrames(4);
+        spec.silentPauses = true;
+        const QString shownPause = m_dir.filePath(QStringLiteral("shown-pause"));
+        QVERIFY(mkddp::writeDisc(spec, shownPause));
+        Window window;
+        LoudnessColumns loudness(&window.items, window.infoBox);
+        window.load(shownPause, &loudness);
+        QCOMPARE(window.cell(0, 2), QStringLiteral("Pause"));
+        QSignalSpy shown(&loudness, &LoudnessColumns::shown);
+        loudness.start(window.model,
+                       DiscImage::openFile(shownPause + QStringLiteral("/IMAGE.DAT")));
+        QVERIFY(shown.wait(30000));
+        QVERIFY(window.cell(0, 13).isEmpty());
+        QCOMPARE(window.cell(1, 13), QStringLiteral("-23.0 LUFS"));
+        QCOMPARE(window.cell(2, 13), QStringLiteral("-33.0 LUFS"));
+
+        spec = mkddp::signalsDisc(4);
+        spec.faults = {mkddp::Fault::LeadOutNotANumber};
+        const QString noEnd = m_dir.filePath(QStringLiteral("no-end"));
+        QVERIFY(mkddp::writeDisc(spec, noEnd));
+        Window broken;
+        LoudnessColumns refused(&broken.items, broken.infoBox);
+        broken.load(noEnd, &refused);
+        QSignalSpy none(&refused, &LoudnessColumns::shown);
+        refused.start(broken.model, DiscImage::openFile(noEnd + QStringLiteral("/IMAGE.DAT")));
+        QVERIFY(!refused.analyzer()->isRunning());
+        QLabel* label = broken.infoBox->loudnessLabel();
+        QCOMPARE(label->text(), QStringLiteral("-"));
+        QCOMPARE(label->toolTip(),
+                 QStringLiteral("The end of track 05 is not in the PQ descriptor."));
+        QTest::qWait(100);
+        QCOMPARE(none.count(), 0);
+        QVERIFY(broken.cell(0, 13).isEmpty());
+    }
+
     // A new load cancels: nothing of the old disc lands in the new table.
     void aNewLoadCancels()
     {

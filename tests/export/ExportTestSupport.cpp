@@ -22,10 +22,8 @@ std::shared_ptr<DDPModel> makeModel(const std::vector<testbytes::Entry>& entries
         if (i > 1 || durationSeconds(pq[1], pq[2]) >= 3)
             model->appendIndex(static_cast<std::uint32_t>(entries[i].index));
     }
-    const bool firstRowPause = !model->indexList().empty() && model->isFirstRowPause();
     model->setEntries(std::move(pq));
     model->setImageFileName("IMAGE.DAT");
-    model->setFirstTrackNumber(firstRowPause ? 1 : 2);
     return model;
 }
 

@@ -18,7 +18,7 @@ class QProcess;
 namespace exporttest {
 
 // A model holding these entries (and CD-Text when given), with the index list
-// and the first-track number that the loader and the player would set.
+// that the loader would make.
 std::shared_ptr<DDPModel> makeModel(const std::vector<testbytes::Entry>& entries,
                                     const CdTextRecord* cdText = nullptr);
 // A CD-Text record with these titles for tracks 1, 2, ...

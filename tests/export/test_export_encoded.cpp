@@ -6,8 +6,8 @@
 #include "GeneratedDiscs.h"
 
 #include "ddp/DiscImage.h"
+#include "ddp/TrackRange.h"
 #include "export/EncodeWriter.h"
-#include "export/TrackRange.h"
 
 #include <QDir>
 #include <QFile>

@@ -8,12 +8,12 @@
 #include "ddp/CheckedAccess.h"
 #include "ddp/DiscImage.h"
 #include "ddp/DiscTexts.h"
+#include "ddp/TrackRange.h"
 #include "export/CueSheet.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
 #include "export/ImageRange.h"
-#include "export/TrackRange.h"
 #include "export/TrackTags.h"
 #include "tools/mkddp/Mkddp.h"
 

@@ -388,7 +388,8 @@ private slots:
         model.setEntries({entry("00", 0, 0, 0, 0), entry("01", 0, 0, 0, 0), entry("01", 1, 0, 2, 0),
                           entry("01", 2, 3, 10, 37), entry("02", 1, 4, 59, 74),
                           entry("AA", 1, 74, 59, 74), entry("AA", 0, 74, 59, 74)});
-        model.setFirstTrackNumber(1);
+        for (std::uint32_t index : {0u, 1u, 2u, 1u})
+            model.appendIndex(index); // a first row that is a pause: entry 1
         using Rows = ToolTipWidget::Rows;
         auto times = [](const char* start, const char* duration) {
             return Rows{{QStringLiteral("Start (MM:SS:FF)"), QString::fromLatin1(start)},

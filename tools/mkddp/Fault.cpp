@@ -25,6 +25,7 @@ constexpr FaultInfo kFaults[] = {
     {Fault::PqBadTag, "pq-bad-tag", 10},
     {Fault::PqNotANumber, "pq-not-a-number", 10},
     {Fault::PqTruncatedLast, "pq-truncated-last", 12},
+    {Fault::LeadOutNotANumber, "lead-out-not-a-number", 12},
     {Fault::NoImagePacket, "no-image-packet", 7},
     {Fault::NoImageFile, "no-image-file", 7},
     {Fault::NoCdTextFile, "no-cdtext-file", 12},

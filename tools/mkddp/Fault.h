@@ -25,6 +25,7 @@ enum class Fault
     PqBadTag,              // the first PQ entry starts "VVVX"
     PqNotANumber,          // minutes "ab" in the first track's index 01 entry
     PqTruncatedLast,       // the last PQ entry is cut to 40 bytes (times survive)
+    LeadOutNotANumber,     // index "xx" in the first lead-out entry: the last track has no end
     NoImagePacket,         // no "D0" packet in the map
     NoImageFile,           // the image file is not written
     NoCdTextFile,          // the CD-Text packet is in the map, its file is not written

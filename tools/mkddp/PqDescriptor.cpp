@@ -46,7 +46,9 @@ QByteArray pqBytes(const DiscSpec& spec)
             index = 3;
         if (spec.has(Fault::NoIndex01) && index == 1 && e.trackNumber == spec.firstTrackNumber + 1)
             index = 2;
-        putField(entry, 6, 2, digits(index, 2));
+        const bool leadOutBroken =
+            spec.has(Fault::LeadOutNotANumber) && e.track == "AA" && e.index == 1;
+        putField(entry, 6, 2, leadOutBroken ? QByteArray("xx") : digits(index, 2));
         putField(entry, 8, 2, spec.blankHours ? QByteArray("  ") : digits(spec.pqHours, 2));
         putField(entry, 10, 2, digits(e.minutes(), 2));
         putField(entry, 12, 2, digits(e.seconds(), 2));

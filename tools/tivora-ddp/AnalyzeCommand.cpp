@@ -7,7 +7,7 @@
 
 #include "analysis/LoudnessAnalysis.h"
 #include "analysis/LoudnessText.h"
-#include "export/TrackRange.h"
+#include "analysis/ProgrammeParts.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -19,28 +19,18 @@
 
 namespace {
 
-struct Track
+// Each measured track's number as the PQ entry writes it: "01".
+std::vector<QString> trackNumbers(const DDPModel& model, const DiscProgramme& programme)
 {
-    QString number; // as the PQ entry writes it: "01"
-    TrackSpan span;
-};
-
-// The tracks the WAV export writes, with their ranges.
-std::vector<Track> tracksOf(const DDPModel& model)
-{
-    std::vector<Track> tracks;
-    for (const ExportedTrack& track : exportedTracks(model)) {
-        // A track without a readable end has no range to measure.
-        if (!track.range)
-            continue;
-        const std::string_view text = model.entries()[track.entry].trackText();
-        tracks.push_back({QString::fromLatin1(text.data(), int(text.size())).trimmed(),
-                          TrackSpan{track.range->start, track.range->end}});
+    std::vector<QString> numbers;
+    for (std::size_t entry : programme.trackEntries) {
+        const std::string_view text = model.entries()[entry].trackText();
+        numbers.push_back(QString::fromLatin1(text.data(), int(text.size())).trimmed());
     }
-    return tracks;
+    return numbers;
 }
 
-QString textTable(const std::vector<Track>& tracks, const DiscLoudness& result)
+QString textTable(const std::vector<QString>& tracks, const DiscLoudness& result)
 {
     const QStringList header{QStringLiteral("Track"),     QStringLiteral("Loudness"),
                              QStringLiteral("Range"),     QStringLiteral("Max M"),
@@ -59,7 +49,7 @@ QString textTable(const std::vector<Track>& tracks, const DiscLoudness& result)
                            QString::number(r.clippedRuns)};
     };
     for (std::size_t i = 0; i < tracks.size() && i < result.tracks.size(); ++i)
-        rows.append(row(terminalText(tracks[i].number), result.tracks[i]));
+        rows.append(row(terminalText(tracks[i]), result.tracks[i]));
     rows.append(row(QStringLiteral("Disc"), result.disc));
 
     QList<int> widths;
@@ -98,10 +88,10 @@ int runAnalyze(const QStringList& args)
     if (!image)
         return commandFailed("analyze", error);
 
-    const std::vector<Track> tracks = tracksOf(*report.model);
-    std::vector<TrackSpan> spans;
-    for (const Track& track : tracks)
-        spans.push_back(track.span);
+    const std::optional<DiscProgramme> programme = discProgramme(*report.model, &error);
+    if (!programme)
+        return commandFailed("analyze", error);
+    const std::vector<QString> tracks = trackNumbers(*report.model, *programme);
 
     const bool terminal = isatty(fileno(stderr)) != 0;
     AnalysisOptions options;
@@ -115,8 +105,7 @@ int runAnalyze(const QStringList& args)
         std::fflush(stderr);
     };
     const std::atomic<bool> never{false};
-    const DiscLoudness result =
-        analyzeLoudness(*image, programmeParts(spans, report.model->entries()), never, options);
+    const DiscLoudness result = analyzeLoudness(*image, programme->parts, never, options);
     if (shown >= 0)
         std::fputs("\r              \r", stderr);
 
@@ -124,7 +113,7 @@ int runAnalyze(const QStringList& args)
         QJsonArray list;
         for (std::size_t i = 0; i < tracks.size() && i < result.tracks.size(); ++i) {
             QJsonObject object = loudnessJson(result.tracks[i]);
-            object.insert(QStringLiteral("track"), tracks[i].number);
+            object.insert(QStringLiteral("track"), tracks[i]);
             list.append(object);
         }
         const QJsonObject object{{QStringLiteral("tracks"), list},

@@ -5,7 +5,6 @@
 #include "ddp/ErrorTexts.h"
 
 #include <cstdio>
-#include <exception>
 
 int usageError(const char* line)
 {
@@ -70,16 +69,6 @@ QString imageMissing(const LoadResult& imageError, const QString& imageName)
         .arg(imageName, QString::fromStdString(imageError.message));
 }
 
-bool setPlayerFirstTrack(DDPModel& model)
-{
-    try {
-        model.setFirstTrackNumber(model.isFirstRowPause() ? 1 : 2);
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
 std::shared_ptr<const DiscImage> loadDiscAndImage(const QString& path, InfoReport& report,
                                                   QString* error)
 {
@@ -88,7 +77,7 @@ std::shared_ptr<const DiscImage> loadDiscAndImage(const QString& path, InfoRepor
         *error = loadErrorTitle(report.result);
         return nullptr;
     }
-    if (!setPlayerFirstTrack(*report.model)) {
+    if (report.model->indexList().empty()) {
         *error = QStringLiteral("The DDP has no tracks.");
         return nullptr;
     }

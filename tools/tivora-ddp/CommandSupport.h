@@ -39,11 +39,7 @@ QString loadErrorLine(const LoadResult& result);
 // else the image `imageName` is missing.
 QString imageMissing(const LoadResult& imageError, const QString& imageName);
 
-// The player's first track (the entry list's offset of the first table row);
-// false when the DDP has no tracks.
-bool setPlayerFirstTrack(DDPModel& model);
-
-// Loads PATH as the player does, its first track set and its image open:
+// Loads PATH as the player does, with its image open:
 // the image, or nothing with the message for the user in `error`.
 std::shared_ptr<const DiscImage> loadDiscAndImage(const QString& path, InfoReport& report,
                                                   QString* error);

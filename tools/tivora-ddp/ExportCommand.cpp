@@ -10,11 +10,11 @@
 
 #include "ddp/DdpFileLookup.h"
 #include "ddp/ImageLayout.h"
+#include "ddp/TrackRange.h"
 #include "export/EncodeWriter.h"
 #include "export/ExportFileName.h"
 #include "export/FileWriterAllTracks.h"
 #include "export/FileWriterOneTrack.h"
-#include "export/TrackRange.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -105,7 +105,7 @@ int runExport(const QStringList& args)
     if (report.result.kind != ErrorKind::NoError)
         return fail(loadErrorLine(report.result));
     DDPModel& model = *report.model;
-    if (!setPlayerFirstTrack(model))
+    if (model.indexList().empty())
         return fail(QStringLiteral("The DDP has no tracks."));
 
     const QString image = ddpFileNameFromBytes(model.imageFileName());

@@ -4,10 +4,9 @@
 #include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
 
-#include "analysis/LoudnessAnalysis.h"
+#include "analysis/ProgrammeParts.h"
 #include "archive/ArchiveDdp.h"
 #include "ddp/DdpFileSource.h"
-#include "export/TrackRange.h"
 #include "report/DdpFileDigests.h"
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"
@@ -22,20 +21,18 @@ int fail(const QString& message)
     return commandFailed("pqsheet", message);
 }
 
-// The disc's programme as the window measures it: every exported track and
-// the pauses between them.
 // The disc's programme as the window measures it; nothing when a track has
-// no readable end, as in the window: its figures would land on the wrong rows.
+// no readable end, as in the window, and the sheet goes without loudness.
 std::optional<DiscLoudness> measure(const DDPModel& model, const DiscImage& image)
 {
-    std::vector<TrackSpan> spans;
-    for (const ExportedTrack& track : exportedTracks(model)) {
-        if (!track.range)
-            return std::nullopt;
-        spans.push_back({track.range->start, track.range->end});
+    QString error;
+    const std::optional<DiscProgramme> programme = discProgramme(model, &error);
+    if (!programme) {
+        commandFailed("pqsheet", error + QStringLiteral(" The sheet has no loudness."));
+        return std::nullopt;
     }
     const std::atomic<bool> never{false};
-    return analyzeLoudness(image, programmeParts(spans, model.entries()), never);
+    return analyzeLoudness(image, programme->parts, never);
 }
 
 } // namespace

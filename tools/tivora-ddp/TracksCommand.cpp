@@ -4,7 +4,7 @@
 #include "tools/tivora-ddp/CommandSupport.h"
 #include "tools/tivora-ddp/Commands.h"
 
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include <cstdio>
 #include <exception>
@@ -16,8 +16,8 @@ int runTracks(const QStringList& args)
     InfoReport report = makeInfoReport(args.at(0));
     if (report.result.kind != ErrorKind::NoError)
         return commandFailed("tracks", loadErrorTitle(report.result));
-    // Export's and play's first row; a disc without tracks lists nothing.
-    if (!setPlayerFirstTrack(*report.model))
+    // A disc without tracks lists nothing.
+    if (report.model->indexList().empty())
         return 0;
     QByteArray out;
     for (std::size_t entry : exportedTrackEntries(*report.model)) {

@@ -1,4 +1,4 @@
-#include "export/TrackRange.h"
+#include "ddp/TrackRange.h"
 
 #include "ddp/CheckedAccess.h"
 #include "ddp/DDPModel.h"
