@@ -29,7 +29,42 @@ QString flagsText(const PqEntry& entry)
     return set.join(QLatin1Char(' '));
 }
 
+QString frameText(const std::optional<std::int64_t>& frames)
+{
+    return frames ? frameText(*frames) : QString();
+}
+
 } // namespace
+
+QString PqSheetRow::startText() const
+{
+    return frameText(startFrames);
+}
+
+QString PqSheetRow::durationText() const
+{
+    return frameText(durationFrames);
+}
+
+QString PqSheetRow::pauseText() const
+{
+    return frameText(pauseFrames);
+}
+
+QString PqSheetRow::loudnessText() const
+{
+    return loudnessLufs ? lufsText(*loudnessLufs) : QString();
+}
+
+QString PqSheetRow::truePeakText() const
+{
+    return truePeakDbtp ? dbtpText(*truePeakDbtp) : QString();
+}
+
+bool PqSheetRow::truePeakNeedsLook() const
+{
+    return truePeakDbtp && ::truePeakNeedsLook(*truePeakDbtp);
+}
 
 QVector<QPair<QString, QString>> PqSheet::headerFields() const
 {
@@ -70,10 +105,10 @@ QStringList PqSheet::cells(const PqSheetRow& row) const
     else
         cells << QStringLiteral("%1").arg(row.track, 2, 10, QLatin1Char('0'))
               << QStringLiteral("%1").arg(row.index, 2, 10, QLatin1Char('0'));
-    cells << row.start << row.duration << row.pauseBefore << row.isrc << row.flags;
+    cells << row.startText() << row.durationText() << row.pauseText() << row.isrc << row.flags;
     for (int i = 0; i < 6; ++i)
         cells << row.cdText.value(i);
-    cells << row.loudness << row.truePeak;
+    cells << row.loudnessText() << row.truePeakText();
     return cells;
 }
 
@@ -149,8 +184,6 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
             ++sheet.trackCount;
             pendingPause = 0;
         }
-        row.start = frameText(times->start);
-        row.duration = frameText(times->duration);
         row.startFrames = times->start;
         row.durationFrames = times->duration;
         row.flags = flagsText(entry);
@@ -158,7 +191,6 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
             pendingPause = times->duration;
         if (row.index == 1) {
             row.pauseFrames = pendingPause;
-            row.pauseBefore = frameText(*row.pauseFrames);
             row.isrc = QString::fromStdString(validIsrc(entry));
             const int textTrack = trackOrdinal + 1;
             for (CdTextRecord::SlotIndex slot :
@@ -167,9 +199,6 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
                 row.cdText << trackText(model, textTrack, slot);
             if (inputs.loudness && std::size_t(trackOrdinal) < inputs.loudness->tracks.size()) {
                 const LoudnessResult& track = inputs.loudness->tracks[std::size_t(trackOrdinal)];
-                row.loudness = lufsText(track.integrated);
-                row.truePeak = dbtpText(track.truePeak);
-                row.truePeakOver = track.truePeak > -1.0;
                 row.loudnessLufs = track.integrated;
                 row.truePeakDbtp = track.truePeak;
             }
@@ -180,8 +209,7 @@ PqSheet makePqSheet(const DDPModel& model, const PqSheetInputs& inputs)
     end.leadOut = true;
     try {
         end.startFrames = cdFrameOf(entries[leadOut]);
-        end.start = frameText(end.startFrames);
-        sheet.totalTime = end.start;
+        sheet.totalTime = end.startText();
     } catch (const std::exception&) {
     }
     sheet.rows.push_back(end);

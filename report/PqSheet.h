@@ -18,27 +18,30 @@ class DDPModel;
 struct VerificationReport;
 
 // One row of the sheet: a track's index, or the lead-out. Times are CD
-// frames from the PQ entries, written MM:SS:FF.
+// frames from the PQ entries, written MM:SS:FF where shown.
 struct PqSheetRow
 {
     bool leadOut = false;
     int track = 0;
     int index = 0;
-    QString start;
-    QString duration;    // to the next entry
-    QString pauseBefore; // index 01 rows: the track's index 00 length
-    QString isrc;        // index 01 rows, when the PQ entry holds a valid one
-    QString flags;       // "PRE COPY 4CH", the ones set
-    QStringList cdText;  // index 01 rows: title, performer, songwriter, composer, arranger, message
-    QString loudness;    // index 01 rows, when analysed: "-9.8 LUFS"
-    QString truePeak;    // "-0.3 dBTP"
-    bool truePeakOver = false; // above -1.0 dBTP
-    // The same as numbers, for the machine-readable sheet.
-    std::int64_t startFrames = 0;
-    std::optional<std::int64_t> durationFrames;
-    std::optional<std::int64_t> pauseFrames;
-    std::optional<double> loudnessLufs; // minus infinity for silence
+    std::optional<std::int64_t> startFrames;    // none: the lead-out's time is no number
+    std::optional<std::int64_t> durationFrames; // to the next entry
+    std::optional<std::int64_t> pauseFrames;    // index 01 rows: the track's index 00 length
+    QString isrc;       // index 01 rows, when the PQ entry holds a valid one
+    QString flags;      // "PRE COPY 4CH", the ones set
+    QStringList cdText; // index 01 rows: title, performer, songwriter, composer, arranger, message
+    std::optional<double> loudnessLufs; // index 01 rows, when analysed; minus infinity for silence
     std::optional<double> truePeakDbtp;
+
+    // The values as the sheet shows them ("02:14:37", "-9.8 LUFS",
+    // "-0.3 dBTP"); empty when there is none.
+    QString startText() const;
+    QString durationText() const;
+    QString pauseText() const;
+    QString loudnessText() const;
+    QString truePeakText() const;
+    // Whether the true peak is marked as one to look at.
+    bool truePeakNeedsLook() const;
 };
 
 // A file of the DDP with its size and MD5 (empty when not computed).

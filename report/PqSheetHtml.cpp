@@ -59,7 +59,7 @@ QByteArray pqSheetHtml(const PqSheet& sheet)
             QString cls;
             if (column >= kFirstTime && column <= kLastTime)
                 cls = QStringLiteral(" class=\"time\"");
-            else if (column == kTruePeak && row.truePeakOver)
+            else if (column == kTruePeak && row.truePeakNeedsLook())
                 cls = QStringLiteral(" class=\"over\"");
             html += QStringLiteral("<td%1>%2</td>").arg(cls, escaped(cells.at(column)));
         }

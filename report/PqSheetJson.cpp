@@ -1,5 +1,6 @@
 #include "report/PqSheet.h"
 #include "report/PqSheetRender.h"
+#include "verify/VerificationText.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -53,34 +54,27 @@ QByteArray pqSheetJson(const PqSheet& sheet)
             object.insert(QStringLiteral("track"), row.track);
             object.insert(QStringLiteral("index"), row.index);
         }
-        object.insert(QStringLiteral("start"), row.start);
-        object.insert(QStringLiteral("startFrames"), qint64(row.startFrames));
-        object.insert(QStringLiteral("duration"), orNull(row.duration));
+        // A lead-out whose time is no number reads "" and 0, as it always has.
+        object.insert(QStringLiteral("start"), row.startText());
+        object.insert(QStringLiteral("startFrames"), qint64(row.startFrames.value_or(0)));
+        object.insert(QStringLiteral("duration"), orNull(row.durationText()));
         object.insert(QStringLiteral("durationFrames"), frames(row.durationFrames));
-        object.insert(QStringLiteral("pause"), orNull(row.pauseBefore));
+        object.insert(QStringLiteral("pause"), orNull(row.pauseText()));
         object.insert(QStringLiteral("pauseFrames"), frames(row.pauseFrames));
         object.insert(QStringLiteral("isrc"), orNull(row.isrc));
         object.insert(QStringLiteral("flags"), QJsonArray::fromStringList(row.flags.split(
                                                    QLatin1Char(' '), Qt::SkipEmptyParts)));
         for (int i = 0; i < row.cdText.size() && i < 6; ++i)
             object.insert(QString::fromLatin1(kTextKeys[i]), orNull(row.cdText.at(i)));
-        object.insert(QStringLiteral("loudness"), orNull(row.loudness));
+        object.insert(QStringLiteral("loudness"), orNull(row.loudnessText()));
         object.insert(QStringLiteral("loudnessLufs"), level(row.loudnessLufs));
-        object.insert(QStringLiteral("truePeak"), orNull(row.truePeak));
+        object.insert(QStringLiteral("truePeak"), orNull(row.truePeakText()));
         object.insert(QStringLiteral("truePeakDbtp"), level(row.truePeakDbtp));
         rows.append(object);
     }
     root.insert(QStringLiteral("rows"), rows);
 
-    QJsonArray findings;
-    for (const Finding& finding : sheet.findings)
-        findings.append(QJsonObject{
-            {QStringLiteral("id"), QString::fromStdString(finding.id)},
-            {QStringLiteral("severity"), QString::fromLatin1(severityName(finding.severity))},
-            {QStringLiteral("track"), finding.track},
-            {QStringLiteral("text"), finding.text},
-        });
-    root.insert(QStringLiteral("findings"), findings);
+    root.insert(QStringLiteral("findings"), findingsJson(sheet.findings));
 
     QJsonArray files;
     for (const PqSheetFile& file : sheet.files)

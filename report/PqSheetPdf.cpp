@@ -123,7 +123,7 @@ private:
             const bool pause = !row.leadOut && row.index == 0;
             for (int column : shown) {
                 Cell cell{cells.at(column), pause ? QColor(0x55, 0x55, 0x55) : QColor(Qt::black)};
-                if (column == kTruePeakColumn && row.truePeakOver) {
+                if (column == kTruePeakColumn && row.truePeakNeedsLook()) {
                     cell.color = QColor(0xb0, 0, 0);
                     cell.bold = true;
                 }

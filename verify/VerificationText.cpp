@@ -184,10 +184,10 @@ QJsonObject checksumsJson(const VerificationReport& report)
                        {QStringLiteral("unlisted"), unlisted}};
 }
 
-QJsonArray findingsJson(const VerificationReport& report)
+QJsonArray findingsJson(const std::vector<Finding>& list)
 {
     QJsonArray findings;
-    for (const Finding& finding : report.findings)
+    for (const Finding& finding : list)
         findings.append(QJsonObject{
             {QStringLiteral("id"), QString::fromStdString(finding.id)},
             {QStringLiteral("severity"), QLatin1String(severityName(finding.severity))},

@@ -5,8 +5,11 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <vector>
+
 struct VerificationReport;
 struct ChecksumVerdict;
+struct Finding;
 
 // The info line's verdict: "Checksums OK: 5 of 5 files (CHECKSUM.MD5)",
 // "IMAGE.DAT does not match its checksum", "No checksum file", followed by
@@ -22,4 +25,4 @@ QByteArray verificationText(const VerificationReport& report);
 // The same for scripts: "checksums" (state, files, verdicts, unlisted) and
 // "findings" (id, severity, track, text).
 QJsonObject checksumsJson(const VerificationReport& report);
-QJsonArray findingsJson(const VerificationReport& report);
+QJsonArray findingsJson(const std::vector<Finding>& findings);

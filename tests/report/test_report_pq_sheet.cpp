@@ -104,11 +104,11 @@ private slots:
             const PqSheetRow& row = sheet.rows[std::size_t(i)];
             QCOMPARE(row.track, entry.trackNumber);
             QCOMPARE(row.index, entry.index);
-            QCOMPARE(row.start, frameText(entry.frame));
-            QCOMPARE(row.duration, frameText(layout.at(i + 2).frame - entry.frame));
+            QCOMPARE(row.startText(), frameText(entry.frame));
+            QCOMPARE(row.durationText(), frameText(layout.at(i + 2).frame - entry.frame));
         }
         QVERIFY(sheet.rows.back().leadOut);
-        QCOMPARE(sheet.rows.back().start, frameText(layout.back().frame));
+        QCOMPARE(sheet.rows.back().startText(), frameText(layout.back().frame));
         QCOMPARE(sheet.totalTime, frameText(layout.back().frame));
         QCOMPARE(sheet.trackCount, 99);
 
@@ -116,7 +116,7 @@ private slots:
             if (row.leadOut || row.index != 1)
                 continue;
             const mkddp::TrackSpec& track = m_spec.tracks.at(row.track - 1);
-            QCOMPARE(row.pauseBefore, frameText(track.pauseFrames));
+            QCOMPARE(row.pauseText(), frameText(track.pauseFrames));
             QCOMPARE(row.isrc, QString::fromLatin1(track.isrc));
             QCOMPARE(row.cdText.value(0), track.text.title);
         }
@@ -138,7 +138,7 @@ private slots:
         const QString text = QString::fromUtf8(runTool(QStringLiteral("pdftotext"), {pdf, "-"}));
         QVERIFY(!text.isEmpty());
         for (const PqSheetRow& row : sheet.rows) {
-            QVERIFY2(text.contains(row.start), qPrintable(row.start));
+            QVERIFY2(text.contains(row.startText()), qPrintable(row.startText()));
             if (!row.isrc.isEmpty())
                 QVERIFY2(text.contains(row.isrc), qPrintable(row.isrc));
         }
@@ -283,6 +283,45 @@ private slots:
                     QCryptographicHash::hash(read.readAll(), QCryptographicHash::Md5).toHex()));
         }
         QCOMPARE(names, (QStringList{"ddpid", "ddpms", "pqdescr", "image.dat", "data.dat"}));
+    }
+
+    // The disc check's findings reach every form: the text and HTML list
+    // each one (escaped in HTML), the JSON gives its id, severity, track and
+    // text as the verifier's own JSON does.
+    void findingsInEveryForm()
+    {
+        VerificationReport report;
+        report.findings = {
+            {"isrc-invalid", Finding::Error, 3,
+             QStringLiteral("Track 3's ISRC <XX> is not valid.")},
+            {"upc-missing", Finding::Warning, 0, QStringLiteral("The disc has no UPC/EAN.")},
+        };
+        PqSheetInputs inputs;
+        inputs.verification = &report;
+        const PqSheet sheet = makePqSheet(m_model, inputs);
+        QCOMPARE(sheet.discCheck, QStringLiteral("1 error, 1 warning"));
+
+        const QString text = QString::fromUtf8(pqSheetText(sheet));
+        QVERIFY(text.contains(QStringLiteral("error    track 3   isrc-invalid  Track 3's ISRC")));
+        QVERIFY(text.contains(QStringLiteral("warning  disc      upc-missing  The disc has")));
+        const QString html = QString::fromUtf8(pqSheetHtml(sheet));
+        QVERIFY(
+            html.contains(QStringLiteral("<td class=\"error\">error</td><td>3</td>"
+                                         "<td>isrc-invalid</td><td>Track 3's ISRC &lt;XX&gt;")));
+        QVERIFY(html.contains(QStringLiteral("<td>disc</td><td>upc-missing</td>")));
+
+        const QJsonArray findings = QJsonDocument::fromJson(pqSheetJson(sheet))
+                                        .object()
+                                        .value(QStringLiteral("findings"))
+                                        .toArray();
+        QCOMPARE(findings.size(), 2);
+        QCOMPARE(findings.at(0).toObject(),
+                 (QJsonObject{{QStringLiteral("id"), QStringLiteral("isrc-invalid")},
+                              {QStringLiteral("severity"), QStringLiteral("error")},
+                              {QStringLiteral("track"), 3},
+                              {QStringLiteral("text"), report.findings[0].text}}));
+        QCOMPARE(findings.at(1)[QStringLiteral("severity")].toString(), QStringLiteral("warning"));
+        QCOMPARE(findings.at(1)[QStringLiteral("track")].toInt(-1), 0);
     }
 
     // The command line, from a folder and from a stored ZIP: the sheet's

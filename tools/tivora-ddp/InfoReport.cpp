@@ -190,7 +190,7 @@ QByteArray infoReportJson(const InfoReport& report)
     };
     if (report.verification) {
         object.insert(QStringLiteral("checksums"), checksumsJson(*report.verification));
-        object.insert(QStringLiteral("findings"), findingsJson(*report.verification));
+        object.insert(QStringLiteral("findings"), findingsJson(report.verification->findings));
     }
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }

@@ -37,7 +37,7 @@ int runVerify(const QStringList& args)
         };
         if (loaded) {
             object.insert(QStringLiteral("checksums"), checksumsJson(*report.verification));
-            object.insert(QStringLiteral("findings"), findingsJson(*report.verification));
+            object.insert(QStringLiteral("findings"), findingsJson(report.verification->findings));
         }
         writeOut(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
         return status;
