@@ -1,5 +1,7 @@
 #include "audio/Player.h"
 
+#include <exception>
+
 namespace Audio {
 
 void Player::notifyPlaying(bool playing)
@@ -214,6 +216,13 @@ void Player::load(std::shared_ptr<const DiscImage> image, std::function<void()> 
 {
     if (!m_source)
         return;
+    bool firstRowPause = false;
+    try {
+        firstRowPause = m_source->isFirstRowPause();
+    } catch (const std::exception&) {
+        // An empty index list: no pause row.
+    }
+    m_source->setFirstTrackNumber(firstRowPause ? 1 : 2);
     m_entryIndex.store(2);
     m_currentTrackNumber.store(2 - firstTrackOffset());
     m_nextGuard.store(true);

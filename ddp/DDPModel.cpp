@@ -7,11 +7,6 @@ bool DDPModel::isFirstRowPause() const
     return checkedAt(m_indexList, std::size_t{0}) == 0;
 }
 
-std::uint32_t DDPModel::firstTrackNumber() const
-{
-    return !m_indexList.empty() && m_indexList.front() == 0 ? 1 : 2;
-}
-
 void DDPModel::setPlaying(bool playing)
 {
     m_playing = playing;

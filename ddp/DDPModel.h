@@ -43,7 +43,8 @@ public:
     // IDescListProvider (entries() serves IMetaDataProvider too)
     const std::vector<PqEntry>& entries() const override { return m_entries; }
     bool isFirstRowPause() const override; // throws "invalid vector subscript" on an empty list
-    std::uint32_t firstTrackNumber() const override;
+    void setFirstTrackNumber(std::uint32_t number) override { m_firstTrackNumber = number; }
+    std::uint32_t firstTrackNumber() const override { return m_firstTrackNumber; }
     void setPlaying(bool playing) override;
 
     // Audio::ITrackNumberModel
@@ -69,7 +70,15 @@ public:
     {
         return m_pqEntries.empty() ? m_entries : m_pqEntries;
     }
-    void appendIndex(std::uint32_t index) { m_indexList.push_back(index); }
+    // The first row also sets the first-track number (1 when it is a pause,
+    // else 2), so that the track ranges are right before the player has the
+    // model; the player sets the same again when it loads the disc.
+    void appendIndex(std::uint32_t index)
+    {
+        if (m_indexList.empty())
+            m_firstTrackNumber = index == 0 ? 1 : 2;
+        m_indexList.push_back(index);
+    }
     void setImageFileName(std::string name) { m_imageFileName = std::move(name); }
     const std::string& imageFileName() const { return m_imageFileName; }
     // The UPC/EAN field of the DDPID (13 characters at offset 8), for the
@@ -111,6 +120,7 @@ private:
     CdTextRecord m_cdText;
     bool m_doubleByte = false;
     std::int32_t m_currentRow = -1;
+    std::uint32_t m_firstTrackNumber = 1;
     bool m_playing = false;
     std::function<void(bool)> m_listener;
     std::string m_imageFileName;

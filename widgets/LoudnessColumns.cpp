@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QStandardItemModel>
 
+#include <exception>
+
 LoudnessColumns::LoudnessColumns(QStandardItemModel* table, InfoBoxWidget* infoBox, QObject* parent)
     : QObject(parent), m_table(table), m_infoBox(infoBox)
 {
