@@ -10,8 +10,6 @@
 #include <QLabel>
 #include <QStandardItemModel>
 
-#include <exception>
-
 LoudnessColumns::LoudnessColumns(QStandardItemModel* table, InfoBoxWidget* infoBox, QObject* parent)
     : QObject(parent), m_table(table), m_infoBox(infoBox)
 {
