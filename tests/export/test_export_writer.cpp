@@ -1,11 +1,6 @@
-// The WAV writer and the export workers without any window: track ranges,
-// file names (distinct for every track however the disc numbers them, short
-// enough for the file system and its ".part" name, free of control
-// characters), exact data bytes, the progress scale, and the ways a write
-// fails.
+// The WAV writer and the export workers without any window.
 #include "ExportTestSupport.h"
 
-#include "ddp/CheckedAccess.h"
 #include "ddp/DiscImage.h"
 #include "ddp/DiscTexts.h"
 #include "ddp/TrackRange.h"
@@ -58,6 +53,13 @@ std::vector<Entry> discWithIndexes()
             {"03", 1, 2, 12, 0}, {"AA", 1, 3, 0, 0},  {"AA", 0, 3, 0, 0}};
 }
 
+void mappedOrBuffered()
+{
+    QTest::addColumn<bool>("mapped");
+    QTest::newRow("mapped") << true;
+    QTest::newRow("buffered") << false;
+}
+
 } // namespace
 
 class TestExportWriter : public QObject
@@ -91,13 +93,7 @@ private slots:
         QCOMPARE(trackRange(e, 5).end, at(2, 12, 0));
         QCOMPARE(trackRange(e, 6).end, at(3, 0, 0));
         // Nothing closes the track: an out-of-range lookup, not a crash.
-        const std::vector<PqEntry> open(e.begin(), e.begin() + 5);
-        try {
-            trackRange(open, 3);
-            QFAIL("no exception");
-        } catch (const std::out_of_range& error) {
-            QCOMPARE(error.what(), kInvalidVectorSubscript);
-        }
+        QVERIFY_EXCEPTION_THROWN(trackRange({e.begin(), e.begin() + 5}, 3), std::out_of_range);
 
         // The all-tracks list: index-1 entries only, never the lead-out's "AA" 01.
         QCOMPARE(exportedTrackEntries(*model), (std::vector<std::size_t>{2, 3, 6}));
@@ -374,8 +370,7 @@ private slots:
 
     void diskFull()
     {
-        // /dev/full takes the open and refuses the data; a device is not a
-        // partial file and stays.
+        // A device is not a partial file and stays.
         FileWriterOneTrack worker(QStringLiteral("/dev/full"), m_image, 0, kPiece + 10);
         const Outcome o = run(worker);
         QCOMPARE(o.failures.size(), 1);
@@ -385,12 +380,7 @@ private slots:
 
     // An image cut while it is read is a failed read, mapped or buffered,
     // never a range of zeros.
-    void imageCutDuringTheRead_data()
-    {
-        QTest::addColumn<bool>("mapped");
-        QTest::newRow("mapped") << true;
-        QTest::newRow("buffered") << false;
-    }
+    void imageCutDuringTheRead_data() { mappedOrBuffered(); }
     void imageCutDuringTheRead()
     {
         QFETCH(bool, mapped);
@@ -408,12 +398,7 @@ private slots:
         range.release();
     }
 
-    void allTracks_data()
-    {
-        QTest::addColumn<bool>("mapped");
-        QTest::newRow("mapped") << true;
-        QTest::newRow("read into a buffer") << false;
-    }
+    void allTracks_data() { mappedOrBuffered(); }
     void allTracks()
     {
         QFETCH(bool, mapped);
