@@ -91,8 +91,7 @@ private slots:
         QCOMPARE(loadDdp(disc, &table, m_model).kind, ErrorKind::NoError);
     }
 
-    // The held-out expectation: every row's start and every track's pause
-    // are the generator's own frame positions, entry by entry.
+    // Every row's start and every track's pause are the generator's own.
     void framesAreThePqDescriptors()
     {
         const PqSheet sheet = makePqSheet(m_model, {});
@@ -124,9 +123,8 @@ private slots:
         QCOMPARE(sheet.ddpLevel, QStringLiteral("DDP 2.00"));
     }
 
-    // What the engineer hands the plant: every ISRC and every start in the
-    // PDF's text, fonts embedded, the table running over pages with its
-    // header on each; the first and last pages are kept as pictures.
+    // Every ISRC and start in the PDF's text, fonts embedded, the header on
+    // every page; the first and last pages are kept as pictures.
     void pdfCarriesEveryIsrcAndStart()
     {
         if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
@@ -148,15 +146,14 @@ private slots:
         const int pages =
             QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)")).match(info).captured(1).toInt();
         QVERIFY2(pages >= 3, qPrintable(info));
+        const QString page = QString::number(pages - 1);
         const QString last = QString::fromUtf8(
-            runTool(QStringLiteral("pdftotext"),
-                    {QStringLiteral("-f"), QString::number(pages - 1), QStringLiteral("-l"),
-                     QString::number(pages - 1), pdf, QStringLiteral("-")}));
+            runTool(QStringLiteral("pdftotext"), {"-f", page, "-l", page, pdf, "-"}));
         QVERIFY2(last.contains(QStringLiteral("ISRC")), "the table's header is not repeated");
 
         // Every word inside the 12 mm margins, on every page.
-        const QString boxes = QString::fromUtf8(runTool(
-            QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), pdf, QStringLiteral("-")}));
+        const QString boxes =
+            QString::fromUtf8(runTool(QStringLiteral("pdftotext"), {"-bbox", pdf, "-"}));
         const double pageWidth = QRegularExpression(QStringLiteral("<page width=\"([0-9.]+)\""))
                                      .match(boxes)
                                      .captured(1)
@@ -184,13 +181,11 @@ private slots:
             QVERIFY2(line.contains(QStringLiteral(" yes ")), qPrintable(line)); // emb column
 
         const QString shots = screenshotFolder();
-        for (int page : {1, pages})
-            runTool(
-                QStringLiteral("pdftoppm"),
-                {QStringLiteral("-png"), QStringLiteral("-r"), QStringLiteral("60"),
-                 QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
-                 QString::number(page), QStringLiteral("-singlefile"), pdf,
-                 shots + QStringLiteral("/pq-sheet-page-%1").arg(page == 1 ? "first" : "last")});
+        for (int n : {1, pages})
+            runTool(QStringLiteral("pdftoppm"),
+                    {"-png", "-r", "60", "-f", QString::number(n), "-l", QString::number(n),
+                     "-singlefile", pdf,
+                     shots + QStringLiteral("/pq-sheet-page-%1").arg(n == 1 ? "first" : "last")});
     }
 
     // Text for e-mail: every column starts at the same place on every line;
@@ -341,8 +336,7 @@ private slots:
         QVERIFY(zipFolder(disc, zip, true));
 
         const QByteArray sums =
-            runTool(QStringLiteral("md5sum"),
-                    {disc + QStringLiteral("/IMAGE.DAT"), disc + QStringLiteral("/PQDESCR")});
+            runTool(QStringLiteral("md5sum"), {disc + "/IMAGE.DAT", disc + "/PQDESCR"});
         for (const QString& path : {disc, zip}) {
             const QString out = m_dir.filePath(QStringLiteral("sheet.json"));
             QCOMPARE(QProcess::execute(tivoraDdp, {QStringLiteral("pqsheet"), path, out}), 0);
@@ -373,13 +367,15 @@ private slots:
 
     void formatsFollowTheExtension()
     {
+        const std::pair<const char*, PqSheetFormat> cases[] = {{"a/SHEET.PDF", PqSheetFormat::Pdf},
+                                                               {"-", PqSheetFormat::Text},
+                                                               {"x.htm", PqSheetFormat::Html}};
+        for (const auto& [path, want] : cases) {
+            PqSheetFormat format = PqSheetFormat::Json;
+            QVERIFY2(pqSheetFormatForPath(QString::fromLatin1(path), &format), path);
+            QCOMPARE(format, want);
+        }
         PqSheetFormat format = PqSheetFormat::Json;
-        QVERIFY(pqSheetFormatForPath(QStringLiteral("a/SHEET.PDF"), &format));
-        QCOMPARE(format, PqSheetFormat::Pdf);
-        QVERIFY(pqSheetFormatForPath(QStringLiteral("-"), &format));
-        QCOMPARE(format, PqSheetFormat::Text);
-        QVERIFY(pqSheetFormatForPath(QStringLiteral("x.htm"), &format));
-        QCOMPARE(format, PqSheetFormat::Html);
         QVERIFY(!pqSheetFormatForPath(QStringLiteral("x.doc"), &format));
         // A folder that does not exist fails with the system's reason, and
         // leaves nothing behind.
