@@ -1,6 +1,4 @@
-// The player over a DDP model built from PQ entries in the test, driven
-// without a device: track segments, next and previous (and their
-// asymmetry), the guards, track selection, the end of the disc.
+// The player over a DDP model built from PQ entries, driven without a device.
 #include "AudioTestSupport.h"
 #include "ddp/DdpTestBytes.h"
 
@@ -31,8 +29,7 @@ std::shared_ptr<DDPModel> modelOf(const std::vector<testbytes::Entry>& spec,
     return model;
 }
 
-// Lead-in, track 1 with a pause, an index 02, track 2 with a pre-gap, track
-// 3, the lead-out: one second of audio, 75 CD frames.
+// Track 1 with an index 02, track 2 with a pre-gap, track 3: 75 CD frames.
 // With `singleLeadOut` the descriptor closes with "AA" 01 alone, as some
 // authoring tools write it.
 std::shared_ptr<DDPModel> makeModel(bool firstRowPause, bool singleLeadOut = false)
@@ -325,38 +322,35 @@ private slots:
         loadInto(player, makeModel(false));
         player.play();
         drive(player.streaming(), 256, 2048);
-        player.pause();
-        drive(player.streaming(), 256, 1024);
-
+        const auto pauseFully = [&] {
+            player.pause();
+            drive(player.streaming(), 256, 1024);
+        };
+        const auto resume = [&](unsigned frames) {
+            player.play();
+            return drive(player.streaming(), 256, frames);
+        };
+        pauseFully();
         player.selectTrack(3); // entry 5, 40 CD frames in; plays at once
         QVERIFY(player.isPlaying());
-        std::vector<float> out = drive(player.streaming(), 256, 8192);
-        QCOMPARE(checkStartsAt(out, 40 * kFramesPerCdFrame), QString());
+        QCOMPARE(checkStartsAt(drive(player.streaming(), 256, 8192), 40 * kFramesPerCdFrame),
+                 QString());
 
-        player.pause();
-        drive(player.streaming(), 256, 1024);
+        pauseFully();
         player.selectPreviousTrack(); // back over the pre-gap and index 02
         QCOMPARE(player.entryIndex(), 2);
         drive(player.streaming(), 256, 1024);
-        player.play();
-        out = drive(player.streaming(), 256, 8192);
-        QCOMPARE(checkStartsAt(out, 10 * kFramesPerCdFrame), QString());
+        QCOMPARE(checkStartsAt(resume(8192), 10 * kFramesPerCdFrame), QString());
 
-        player.pause();
-        drive(player.streaming(), 256, 1024);
+        pauseFully();
         player.selectNextTrack(); // entry 3
-        player.play();
-        out = drive(player.streaming(), 256, 8192);
+        QCOMPARE(checkStartsAt(resume(8192), 20 * kFramesPerCdFrame), QString());
         QCOMPARE(player.entryIndex(), 3);
-        QCOMPARE(checkStartsAt(out, 20 * kFramesPerCdFrame), QString());
 
         // A seek through the player, 3/4 into entry 3 (10 CD frames long).
-        player.pause();
-        drive(player.streaming(), 256, 1024);
+        pauseFully();
         QCOMPARE(player.seek(0.75), 0);
-        player.play();
-        out = drive(player.streaming(), 256, 4096);
-        QCOMPARE(checkStartsAt(out, 20 * kFramesPerCdFrame + 4410), QString());
+        QCOMPARE(checkStartsAt(resume(4096), 20 * kFramesPerCdFrame + 4410), QString());
     }
 
     void withoutTrackSourceNothingHappens()
