@@ -62,7 +62,9 @@ private slots:
         QVERIFY(mkddp::writeDisc(mkddp::realisticDisc(), m_disc));
     }
 
-    void openFlowReportsWhatIsMissing()
+    // The Open dialog names what is missing, remembers where it was and
+    // loads a real disc.
+    void openFlow()
     {
         ModalAnswerer answerer;
         MainWindow window;
@@ -91,35 +93,26 @@ private slots:
         window.onActionOpenTriggered();
         QCOMPARE(answerer.loadBoxes().size(), 3);
         QCOMPARE(readSetting(kDefaultLoadDirKey).toString(), QStringLiteral("/kept"));
-    }
 
-    void openFlowLoadsADisc()
-    {
-        ModalAnswerer answerer;
-        MainWindow window;
         chooseFolder(window, m_disc);
         window.onActionOpenTriggered();
-        QVERIFY(answerer.loadBoxes().isEmpty());
+        QCOMPARE(answerer.loadBoxes().size(), 3);
         QVERIFY(window.itemModel()->rowCount() > 5);
         QVERIFY(window.displayTimer() && window.displayTimer()->isActive());
     }
 
-    void dropOfAFileLoadsItsFolder()
-    {
-        ModalAnswerer answerer;
-        MainWindow window;
-        QVERIFY(dropOnto(window, m_disc + QStringLiteral("/IMAGE.DAT")));
-        QTRY_VERIFY(window.itemModel()->rowCount() > 5);
-        QCOMPARE(window.ddpPath(), QDir(m_disc).absolutePath());
-        QVERIFY(answerer.loadBoxes().isEmpty());
-    }
-
-    void nonDdpDragIsRefused()
+    // A folder without a DDP is refused while it hovers; a file dropped
+    // loads its folder.
+    void dropsLoadDdpsOnly()
     {
         ModalAnswerer answerer;
         MainWindow window;
         QVERIFY(!dropOnto(window, makeFolder(QStringLiteral("plain"), {QStringLiteral("DDPID")})));
         QCOMPARE(window.itemModel()->rowCount(), 0);
+        QVERIFY(dropOnto(window, m_disc + QStringLiteral("/IMAGE.DAT")));
+        QTRY_VERIFY(window.itemModel()->rowCount() > 5);
+        QCOMPARE(window.ddpPath(), QDir(m_disc).absolutePath());
+        QVERIFY(answerer.loadBoxes().isEmpty());
     }
 
     void doubleClickOnTheSummaryRowDoesNothing()
